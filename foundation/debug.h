@@ -1,0 +1,22 @@
+// Diagnostics: the program's only error reporting. DEV_TRACE writes a line to
+// standard error; dev_assert and DEV_ERROR report a broken invariant (alert for
+// a person at the screen, a line on standard error) and abort. Callable from
+// any thread. There are no exceptions and no error codes for programming errors.
+#pragma once
+
+// Formats into a 1024-byte stack buffer and hands that buffer to fprintf as the
+// format: a "%" in the result is expanded once more. Callers add their own "\n".
+void DEV_TRACE(char const* format, ...) __attribute__((format(printf, 1, 2)));
+
+// Holds no condition: the caller tests and calls it on failure.
+[[noreturn]] void dev_assert(char const* message, char const* file, unsigned int line);
+
+[[noreturn]] void DEV_ERROR(char const* message);
+
+// The usual call site: test, then report with this file and line.
+#define DEV_ASSERT(condition, message)                   \
+    do {                                                 \
+        if (!(condition)) {                              \
+            dev_assert((message), __FILE__, __LINE__);   \
+        }                                                \
+    } while (0)

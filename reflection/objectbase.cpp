@@ -1,0 +1,3 @@
+#include "reflection/objectbase.h"
+
+TypeInfo ObjectBase::mUniqueTypeInfo("ObjectBase", nullptr, 0);
