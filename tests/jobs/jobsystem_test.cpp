@@ -15,7 +15,7 @@
 namespace {
 
 #if defined(__SANITIZE_THREAD__)
-int const kStressBatches = 1000;
+int const kStressBatches = 2500;
 #else
 int const kStressBatches = 10000;
 #endif
