@@ -167,42 +167,6 @@ TEST_F(JobSystemTest, ManyRandomBatchesRunEachJobExactlyOnce)
     }
 }
 
-TEST_F(JobSystemTest, JobsShareThreadSafeHeaps)
-{
-    JobSystem* jobs = JobSystem::create(0x10000, 4);
-    GPAllocator heap(0x100000, "Jobs", nullptr, 32, true);
-    BlockAllocator blocks(64, 256, "Blocks", nullptr, true);
-    struct sWork {
-        GPAllocator* mpHeap;
-        BlockAllocator* mpBlocks;
-        void run(void* user)
-        {
-            std::mt19937 random(static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(user)));
-            for (int round = 0; round < 50; ++round) {
-                void* general[8];
-                void* fixed[8];
-                for (int i = 0; i < 8; ++i) {
-                    general[i] = mpHeap->allocate(static_cast<int>(random() % 200) - 40, 16);
-                    fixed[i] = mpBlocks->allocate(64, 4);
-                }
-                for (int i = 0; i < 8; ++i) {
-                    mpHeap->deallocate(general[i]);
-                    mpBlocks->deallocate(fixed[i]);
-                }
-            }
-        }
-    } work{&heap, &blocks};
-    for (std::uintptr_t batch = 0; batch < 20; ++batch) {
-        for (std::uintptr_t i = 0; i < 16; ++i) {
-            jobs->addJob(new Job<sWork>(&work, &sWork::run, slot(batch * 16 + i)));
-        }
-        jobs->executeJob();
-    }
-    heap.validate();
-    EXPECT_EQ(32u, heap.getUsedSize());
-    EXPECT_EQ(0u, blocks.getUsedSize());
-}
-
 TEST_F(JobSystemTest, SingletonWithItsTraces)
 {
     testing::internal::CaptureStderr();
