@@ -1,0 +1,55 @@
+# Sourced by the window tests: a private X server (Xvfb) with a window manager
+# (openbox), torn down on exit. Sets DISPLAY and ARTIFACTS.
+set -euo pipefail
+
+fail() { echo "FAIL: $*" >&2; exit 1; }
+
+start_x_session() {
+  local fdfile
+  fdfile=$(mktemp)
+  Xvfb -displayfd 9 -screen 0 1280x1024x24 -nolisten tcp 9>"$fdfile" >/dev/null 2>&1 &
+  XVFB_PID=$!
+  for _ in $(seq 100); do [ -s "$fdfile" ] && break; sleep 0.05; done
+  [ -s "$fdfile" ] || fail "Xvfb did not start"
+  export DISPLAY=":$(head -n1 "$fdfile")"
+  rm -f "$fdfile"
+  # The window manager says when it manages windows: a window mapped before
+  # that may never see its map notification.
+  local ready
+  ready=$(mktemp -u)
+  openbox --startup "touch $ready" >/dev/null 2>&1 &
+  WM_PID=$!
+  for _ in $(seq 200); do [ -e "$ready" ] && break; sleep 0.05; done
+  [ -e "$ready" ] || fail "window manager did not start"
+  rm -f "$ready"
+  trap stop_x_session EXIT
+}
+
+stop_x_session() {
+  [ -n "${APP_PID:-}" ] && kill -KILL "$APP_PID" 2>/dev/null || true
+  kill "$WM_PID" 2>/dev/null || true
+  kill "$XVFB_PID" 2>/dev/null || true
+  wait 2>/dev/null || true
+}
+
+# find_window TITLE: prints the window id, waiting up to 10 s.
+find_window() {
+  local id=""
+  for _ in $(seq 200); do
+    id=$(xdotool search --name "^$1\$" 2>/dev/null | head -n1 || true)
+    [ -n "$id" ] && xwininfo -id "$id" 2>/dev/null | grep -q 'Map State: IsViewable' && break
+    id=""
+    sleep 0.05
+  done
+  [ -n "$id" ] || fail "no window titled '$1'"
+  echo "$id"
+}
+
+# read_frame PID: the program's current frame number, read with the debugger.
+read_frame() {
+  gdb -p "$1" -batch -ex 'print Application::mpInstance->mCurrentFrame' 2>/dev/null \
+    | sed -n 's/^\$1 = \([0-9]*\).*/\1/p'
+}
+
+ARTIFACTS="${2:-$PWD}/artifacts"
+mkdir -p "$ARTIFACTS"

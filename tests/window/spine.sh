@@ -1,0 +1,52 @@
+# The host in a real window: it opens "Harbor Application" with 1024 by 768
+# content, runs frames, closes through the window manager with status 0, and
+# traces its start and end in order.
+HARBOR="$1"
+source "$(dirname "$0")/lib/xsession.sh"
+start_x_session
+
+log="$ARTIFACTS/spine.stderr"
+"$HARBOR" </dev/null 2>"$log" &
+APP_PID=$!
+wid=$(find_window "Harbor Application")
+
+size=$(xwininfo -id "$wid" | awk '/Width:/{w=$2} /Height:/{h=$2} END{print w"x"h}')
+[ "$size" = "1024x768" ] || fail "content size $size"
+
+sleep 0.5
+first=$(read_frame "$APP_PID")
+sleep 1
+second=$(read_frame "$APP_PID")
+[ -n "$first" ] && [ -n "$second" ] || fail "could not read the frame number"
+[ "$second" -gt "$first" ] || fail "frames do not advance ($first -> $second)"
+# The nominal rate is 60 and the highest 240: one second runs between 60 and 241 frames.
+advance=$((second - first))
+[ "$advance" -ge 30 ] && [ "$advance" -le 300 ] || fail "$advance frames in one second"
+
+xdotool windowactivate --sync "$wid"
+xdotool key --clearmodifiers alt+F4
+status=0
+for _ in $(seq 100); do kill -0 "$APP_PID" 2>/dev/null || break; sleep 0.05; done
+wait "$APP_PID" || status=$?
+APP_PID=""
+[ "$status" -eq 0 ] || fail "exit status $status"
+
+expected=(
+  "Application : start."
+  "Root path = "
+  "MemoryManager : start."
+  "SystemManager : start."
+  "HarborApp start."
+  "Application : execute."
+  "HarborApp end."
+  "SystemManager : end."
+  "MemoryManager : end."
+  "Application : end."
+)
+line=0
+for text in "${expected[@]}"; do
+  found=$(tail -n +"$((line + 1))" "$log" | grep -n -F -m1 "$text" | cut -d: -f1 || true)
+  [ -n "$found" ] || { cat "$log" >&2; fail "trace '$text' missing or out of order"; }
+  line=$((line + found))
+done
+echo "PASS: window opened 1024x768, $advance frames in 1 s, closed with status 0"
