@@ -67,14 +67,14 @@ struct sFixed {
     // Arithmetic shift: rounds toward negative infinity, so raw -1 gives -1.
     operator int() const { return mValue >> 16; }
 
-    sFixed operator+(sFixed other) const { return raw(static_cast<u32>(mValue) + static_cast<u32>(other.mValue)); }
-    sFixed operator-(sFixed other) const { return raw(static_cast<u32>(mValue) - static_cast<u32>(other.mValue)); }
-    sFixed operator-() const { return raw(0u - static_cast<u32>(mValue)); }
+    constexpr sFixed operator+(sFixed other) const { return raw(static_cast<u32>(mValue) + static_cast<u32>(other.mValue)); }
+    constexpr sFixed operator-(sFixed other) const { return raw(static_cast<u32>(mValue) - static_cast<u32>(other.mValue)); }
+    constexpr sFixed operator-() const { return raw(0u - static_cast<u32>(mValue)); }
     sFixed& operator+=(sFixed other) { return *this = *this + other; }
     sFixed& operator-=(sFixed other) { return *this = *this - other; }
     sFixed& operator-=(float other) { return *this = *this - sFixed(other); }
     // 64-bit product, shifted back by 16; the low 32 bits are kept.
-    sFixed operator*(sFixed other) const
+    constexpr sFixed operator*(sFixed other) const
     {
         s64 product = static_cast<s64>(mValue) * static_cast<s64>(other.mValue);
         return raw(static_cast<u32>(static_cast<u64>(product >> 16)));
@@ -88,14 +88,14 @@ struct sFixed {
         return raw(static_cast<u32>(static_cast<u64>(dividend / other.mValue)));
     }
 
-    bool operator==(sFixed other) const { return mValue == other.mValue; }
-    bool operator!=(sFixed other) const { return mValue != other.mValue; }
-    bool operator<(sFixed other) const { return mValue < other.mValue; }
-    bool operator<=(sFixed other) const { return mValue <= other.mValue; }
-    bool operator>(sFixed other) const { return mValue > other.mValue; }
-    bool operator>=(sFixed other) const { return mValue >= other.mValue; }
+    constexpr bool operator==(sFixed other) const { return mValue == other.mValue; }
+    constexpr bool operator!=(sFixed other) const { return mValue != other.mValue; }
+    constexpr bool operator<(sFixed other) const { return mValue < other.mValue; }
+    constexpr bool operator<=(sFixed other) const { return mValue <= other.mValue; }
+    constexpr bool operator>(sFixed other) const { return mValue > other.mValue; }
+    constexpr bool operator>=(sFixed other) const { return mValue >= other.mValue; }
 
-    sFixed abs() const { return (mValue < 0) ? -*this : *this; }
+    constexpr sFixed abs() const { return (mValue < 0) ? -*this : *this; }
 
     static constexpr sFixed raw(u32 bits) { return sFixed(static_cast<int>(bits), 0); }
 
