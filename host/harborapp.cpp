@@ -1,6 +1,14 @@
 #include "host/harborapp.h"
 
+#include <cstdio>
+
 #include "app/systemmanager.h"
+#include "foundation/autostring.h"
+#include "foundation/memorymanager.h"
+#include "jobs/jobsystem.h"
+#include "render/rendersystem.h"
+#include "render/viewsystem.h"
+#include "tool/toolsystem.h"
 
 TypeInfo HarborApp::mUniqueTypeInfo("HarborApp", "System", 2);
 
@@ -20,15 +28,56 @@ void HarborApp::setup()
     if (manager == nullptr) {
         return; // no window could be made: nothing to run
     }
+
+    MemoryManager* memory = MemoryManager::getInstance();
+    AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
+    setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
+    // Property, Resource and Unit are handed to their classes once those exist.
+    memory->createBlockAllocator(48, 0x10000, "Property");
+    System::setAllocator(memory->createAllocator(0x1000000, "System"));
+    memory->createAllocator(0x2000000, "Resource");
+    memory->createAllocator(0x1000000, "Unit");
+
+    // Each System has its fixed place in this sequence; those still missing
+    // join at theirs.
+    manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
+    manager->addSystem(RenderSystem::create());
+    manager->addSystem(ViewSystem::create());
+    manager->addSystem(ToolSystem::create());
+
     manager->setup();
     manager->order();
 }
 
 void HarborApp::update(float delta)
 {
-    (void)delta;
     SystemManager* manager = SystemManager::getInstance();
     manager->preprocess();
+
+    // The overlay at the top right: frame, rates, and one line per heap.
+    if (ToolSystem* tools = ToolSystem::getInstance()) {
+        char text[256];
+        int const x = static_cast<int>(getWindowWidth()) - 192;
+        snprintf(text, sizeof(text), "Frame %d", getCurrentFrame());
+        tools->drawString(sPoint(x, 16), text, 6, sColor::White);
+        snprintf(text, sizeof(text), "FPS %4.2f(Avg. %4.2f)", static_cast<double>(getFrameRate() / delta),
+                 static_cast<double>(getAverageFrameRate()));
+        tools->drawString(sPoint(x, 28), text, 6, sColor::White);
+        MemoryManager* memory = MemoryManager::getInstance();
+        for (u32 i = 0; i < memory->getAllocatorNum(); ++i) {
+            AllocatorBase* allocator = memory->getAllocator(i);
+            u32 const used = allocator->getUsedSize();
+            u32 const heap = allocator->getHeapSize();
+            snprintf(text, sizeof(text), "%s : %08x/%08x %d%%", allocator->getName(), used, heap,
+                     static_cast<int>(used * 100u / heap));
+            tools->drawString(sPoint(x, static_cast<int>(52 + 12 * i)), text, 6, sColor::White);
+        }
+    }
+
     manager->update();
+    // UISystem::draw() comes here, between the phases.
     manager->postprocess();
+    if (RenderSystem* renderSystem = RenderSystem::getInstance()) {
+        renderSystem->executeCommand();
+    }
 }
