@@ -1,6 +1,7 @@
 #include "host/harborapp.h"
 
 #include "app/systemmanager.h"
+#include "input/hidsystem.h"
 
 TypeInfo HarborApp::mUniqueTypeInfo("HarborApp", "System", 2);
 
@@ -20,6 +21,8 @@ void HarborApp::setup()
     if (manager == nullptr) {
         return; // no window could be made: nothing to run
     }
+    // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
+    manager->addSystem(HIDSystem::create());
     manager->setup();
     manager->order();
 }
