@@ -1,6 +1,7 @@
 // MemoryManager: the singleton register of named heaps, first to exist and
-// last to go. Minimal form for the frame spine (the register only); allocator
-// creation and ownership come with the real heaps.
+// last to go. Entry 0 is "Global", listed but not owned; every other entry is
+// owned, carved from "Global", thread safe, and leak-checked when the manager
+// ends. Creation and listing are for the main thread.
 #pragma once
 
 #include "foundation/allocator.h"
@@ -13,6 +14,12 @@ public:
     static MemoryManager* getInstance() { return mpInstance; }
     virtual void destroy();
 
+    // A general-purpose heap from "Global", threshold 32.
+    AllocatorBase* createAllocator(u32 heapSize, char const* name);
+    // A block heap from "Global"; block size rounded up to 16.
+    AllocatorBase* createBlockAllocator(u32 blockSize, u32 blockNum, char const* name);
+
+    // Includes "Global"; in order of creation, no bounds check.
     u32 getAllocatorNum() const { return mAllocators.size(); }
     AllocatorBase* getAllocator(u32 index) const { return mAllocators[index]; }
 

@@ -1,11 +1,37 @@
-// Threads and synchronisation. Minimal forms for the frame spine (a re-entrant
-// lock and sleeping); the full set of primitives replaces them.
+// Threads and synchronisation: Atomic, CriticalSection (re-entrant), Event
+// (auto-reset), Semaphore (bounded), SpinLock and the abstract Thread. Built on
+// the C++ standard library; native threads come from platform/thread. Every
+// object here may be used from any thread once constructed.
 #pragma once
 
+#include <atomic>
+#include <condition_variable>
 #include <mutex>
 
 #include "foundation/types.h"
 
+// One 32-bit integer. Atomic operations carry a full barrier; get() and
+// setDirect() are for data with a single writer at that moment.
+class Atomic {
+public:
+    explicit Atomic(int initial = 0) : mValue(initial) {}
+
+    int get() const { return mValue.load(std::memory_order_relaxed); }
+    void setDirect(int value) { mValue.store(value, std::memory_order_relaxed); }
+    // Exchange; returns the old value.
+    int set(int value) { return mValue.exchange(value); }
+    bool compareAndSet(int expected, int value) { return mValue.compare_exchange_strong(expected, value); }
+    // All of these return the value before the operation.
+    int add(int value) { return mValue.fetch_add(value); }
+    int sub(int value) { return mValue.fetch_sub(value); }
+    int increment() { return mValue.fetch_add(1); }
+    int decrement() { return mValue.fetch_sub(1); }
+
+private:
+    std::atomic<int> mValue;
+};
+
+// Re-entrant: the owning thread may enter again and must leave as often.
 class CriticalSection {
 public:
     void enter() { mMutex.lock(); }
@@ -16,8 +42,93 @@ private:
     std::recursive_mutex mMutex;
 };
 
+// Auto-reset: one waiter takes a set() and the event is clear again.
+class Event {
+public:
+    Event();
+    void set();
+    // 0 when signalled, 1 on time-out. Time-outs above 0x7FFFFFFE ms are
+    // used as 0x7FFFFFFE, so "0xFFFFFFFF" waits some 24 days, not for ever.
+    int wait(u32 milliseconds);
+
+private:
+    std::mutex mMutex;
+    std::condition_variable mCondition;
+    bool mSignalled;
+};
+
+class Semaphore {
+public:
+    Semaphore(u32 maximum, u32 initial);
+    // False when the count is already at its maximum (the signal is lost).
+    bool signal();
+    // Waits without limit; true once a count was taken.
+    bool wait();
+
+private:
+    std::mutex mMutex;
+    std::condition_variable mCondition;
+    u32 mMaximum;
+    u32 mCount;
+};
+
+// For sections of a few instructions only (the block allocator's stack).
+class SpinLock {
+public:
+    SpinLock() : mWord(0) {}
+    void lock();
+    void unlock();
+
+private:
+    std::atomic<u32> mWord; // 0 free, 4 held
+};
+
+// A thread that starts waiting at construction and runs execute() after
+// run(). Status: 0 created, 1 running, 2 termination requested, 3 ended.
+// execute() must poll checkTerminateRequest(); a derived class must wake its
+// thread and have it leave execute() before its own destructor ends.
 class Thread {
 public:
+    enum ePriority {
+        ePriority_Highest,
+        ePriority_High,
+        ePriority_AboveNormal,
+        ePriority_Normal,
+        ePriority_BelowNormal,
+        ePriority_Low,
+        ePriority_Lowest,
+        ePriority_Num
+    };
+
+    enum eStatus { eStatus_Created, eStatus_Running, eStatus_TerminateRequest, eStatus_Ended };
+
+    explicit Thread(u32 stackSize);
+    virtual ~Thread();
+
+    void run();
+    void terminate();
+    void waitForTermination();
+    int getStatus() const { return mStatus.get(); }
+    bool checkTerminateRequest() const { return mStatus.get() == eStatus_TerminateRequest; }
+    // Linux gives unprivileged threads only lower priorities: weights below
+    // the normal one raise the niceness, higher ones keep the default.
+    void setPriority(ePriority priority);
+
     static void sleep(u32 milliseconds);
     static void yield();
+
+protected:
+    virtual void execute() = 0;
+
+private:
+    static void innerFunction(void* parameter);
+    void prepare();
+    void applyPriority();
+
+    u64 mTask;
+    Atomic mQueue; // 1 while the native thread still has to be joined
+    Event mStartEvent;
+    Atomic mStatus;
+    Atomic mPriority;
+    Atomic mThreadId; // kernel id once the thread runs, 0 before
 };

@@ -1,6 +1,8 @@
 #include "host/harborapp.h"
 
 #include "app/systemmanager.h"
+#include "foundation/autostring.h"
+#include "foundation/memorymanager.h"
 #include "input/hidsystem.h"
 
 TypeInfo HarborApp::mUniqueTypeInfo("HarborApp", "System", 2);
@@ -21,6 +23,18 @@ void HarborApp::setup()
     if (manager == nullptr) {
         return; // no window could be made: nothing to run
     }
+
+    // The named heaps, all carved from "Global", in the order the overlay lists them.
+    MemoryManager* memory = MemoryManager::getInstance();
+    AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
+    setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
+    // Property objects take this heap once they exist.
+    memory->createBlockAllocator(48, 0x10000, "Property");
+    System::setAllocator(memory->createAllocator(0x1000000, "System"));
+    // Resources and units take theirs once they exist.
+    memory->createAllocator(0x2000000, "Resource");
+    memory->createAllocator(0x1000000, "Unit");
+
     // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
     manager->addSystem(HIDSystem::create());
     manager->setup();
