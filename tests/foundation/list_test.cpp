@@ -1,0 +1,246 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <list>
+#include <random>
+#include <vector>
+
+#include "foundation/list.h"
+
+namespace {
+
+int gValues[64];
+
+int* item(int index)
+{
+    return &gValues[index];
+}
+
+std::vector<int*> items(std::initializer_list<int> indices)
+{
+    std::vector<int*> result;
+    for (int index : indices) {
+        result.push_back(item(index));
+    }
+    return result;
+}
+
+// The list read forwards and backwards must tell the same story.
+std::vector<int*> contents(List<int> const& list)
+{
+    std::vector<int*> forward;
+    for (LinkIterator<int> it = list.begin(); it != list.end(); ++it) {
+        forward.push_back(*it);
+    }
+    std::vector<int*> backward;
+    for (ReverseLinkIterator<int> it = list.rbegin(); it != list.rend(); ++it) {
+        backward.insert(backward.begin(), *it);
+    }
+    EXPECT_EQ(forward, backward);
+    EXPECT_EQ(forward.size(), list.size());
+    return forward;
+}
+
+// True if the nodes lie one after the other in the array, in list order.
+bool isCompact(List<int> const& list)
+{
+    sLinkNode<int>* first = list.begin().getNode();
+    int index = 0;
+    for (LinkIterator<int> it = list.begin(); it != list.end(); ++it, ++index) {
+        if (it.getNode() != first + index) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+TEST(List, GrowthStartsAtSixteenAndAddsSixteenCompacting)
+{
+    List<int> list;
+    EXPECT_EQ(list.getCapacity(), 0u);
+    list.clear(); // no array: nothing to do
+    for (int i = 0; i < 16; ++i) {
+        list.addLast(item(i));
+    }
+    EXPECT_EQ(list.getCapacity(), 16u);
+    sLinkNode<int>* fifth = (list.begin() + 5).getNode();
+    // Scramble the order without allocating: nodes stay where they are.
+    list.remove(item(3));
+    list.addFirst(item(3));
+    EXPECT_EQ((list.begin() + 5).getNode(), fifth);
+    EXPECT_FALSE(isCompact(list));
+    list.addLast(item(16));
+    EXPECT_EQ(list.getCapacity(), 32u);
+    EXPECT_TRUE(isCompact(list));
+    EXPECT_EQ(contents(list), items({3, 0, 1, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}));
+}
+
+TEST(List, RemoveDuringAWalkLandsOnTheNextNode)
+{
+    List<int> list;
+    for (int i = 0; i < 5; ++i) {
+        list.addLast(item(i));
+    }
+    LinkIterator<int> it = list.remove(list.begin() + 1);
+    EXPECT_EQ(*it, item(2));
+    // The walk's own ++ then skips one, as the system manager expects.
+    ++it;
+    EXPECT_EQ(*it, item(3));
+    EXPECT_TRUE(list.remove(list.begin() + 3) == list.end());
+    EXPECT_TRUE(list.remove(list.end()) == list.end());
+    // Reverse removal answers the node in front.
+    ReverseLinkIterator<int> rit = list.remove(list.rbegin());
+    EXPECT_EQ(*rit, item(2));
+    EXPECT_TRUE(list.remove(ReverseLinkIterator<int>(list.begin().getNode())) == list.rend());
+    EXPECT_EQ(contents(list), items({2}));
+}
+
+TEST(List, InsertionsRelativeToForwardAndReverseIterators)
+{
+    List<int> list;
+    list.addLast(item(1));
+    list.insertFront(list.begin(), item(0));      // before 1
+    list.insertBackFront(list.begin(), item(10)); // behind 0
+    list.insertFront(list.end(), item(3));        // addLast
+    list.insertBackFront(list.end(), item(4));    // addLast
+    EXPECT_EQ(contents(list), items({0, 10, 1, 3, 4}));
+
+    List<int> reverse;
+    reverse.addLast(item(1));
+    reverse.insertFront(reverse.rbegin(), item(2));      // behind 1
+    reverse.insertBackFront(reverse.rbegin(), item(11)); // before 2
+    reverse.insertFront(reverse.rend(), item(0));        // addFirst
+    reverse.insertBackFront(reverse.rend(), item(9));    // addFirst
+    EXPECT_EQ(contents(reverse), items({9, 0, 1, 11, 2}));
+}
+
+TEST(List, InsertionAtAnIteratorSurvivesGrowth)
+{
+    List<int> list(4);
+    for (int i = 0; i < 4; ++i) {
+        list.addLast(item(i));
+    }
+    // The array is full: inserting grows it and must still find the anchor.
+    list.insertFront(list.begin() + 2, item(40));
+    EXPECT_EQ(contents(list), items({0, 1, 40, 2, 3}));
+    List<int> reverse(2);
+    reverse.addLast(item(0));
+    reverse.addLast(item(1));
+    reverse.insertFront(reverse.rbegin() + 1, item(41));
+    EXPECT_EQ(contents(reverse), items({0, 41, 1}));
+}
+
+TEST(List, IteratorArithmeticStopsAtTheEnds)
+{
+    List<int> list;
+    for (int i = 0; i < 4; ++i) {
+        list.addLast(item(i));
+    }
+    LinkIterator<int> end = list.end();
+    ++end;
+    --end;
+    EXPECT_TRUE(end == list.end());
+    EXPECT_TRUE(list.begin() + 100 == list.end());
+    // A negative count does not step at all.
+    LinkIterator<int> it = list.begin() + 2;
+    it += -1;
+    EXPECT_EQ(*it, item(2));
+    EXPECT_EQ(it - list.begin(), 2);
+    EXPECT_EQ(list.end() - list.begin(), 4);
+    EXPECT_EQ(*(list.rbegin() + 1), item(2));
+    EXPECT_EQ(list[3], item(3));
+    EXPECT_EQ(*list.find(item(1)), item(1));
+    EXPECT_TRUE(list.find(item(9)) == list.end());
+}
+
+TEST(ListDeathTest, IndexPastTheEndDereferencesNull)
+{
+    List<int> list;
+    list.addLast(item(0));
+    EXPECT_DEATH(
+        {
+            int* volatile sink = list[1];
+            (void)sink;
+        },
+        "");
+}
+
+TEST(List, ClearKeepsTheArrayAndReserveChecksTheSize)
+{
+    List<int> list(8);
+    for (int i = 0; i < 6; ++i) {
+        list.addFirst(item(i));
+    }
+    EXPECT_DEATH(list.reserve(5), "Invalid size\\.");
+    list.clear();
+    EXPECT_EQ(list.getCapacity(), 8u);
+    // The free chain is rebuilt in array order.
+    for (int i = 0; i < 8; ++i) {
+        list.addLast(item(i));
+    }
+    EXPECT_EQ(list.getCapacity(), 8u);
+    EXPECT_TRUE(isCompact(list));
+    list.clear();
+    list.reserve(0);
+    EXPECT_EQ(list.getCapacity(), 0u);
+    list.addLast(item(2));
+    EXPECT_EQ(contents(list), items({2}));
+}
+
+TEST(List, RandomOperationsMatchAStandardList)
+{
+    std::mt19937 random(12345);
+    for (int round = 0; round < 20; ++round) {
+        List<int> list(static_cast<u32>(round % 3) * 5);
+        std::list<int*> model;
+        for (int step = 0; step < 400; ++step) {
+            int* value = item(static_cast<int>(random() % 64));
+            u32 position = model.empty() ? 0 : static_cast<u32>(random() % model.size());
+            auto at = std::next(model.begin(), position);
+            LinkIterator<int> it = list.begin() + static_cast<int>(position);
+            switch (random() % 8) {
+            case 0:
+                list.addLast(value);
+                model.push_back(value);
+                break;
+            case 1:
+                list.addFirst(value);
+                model.push_front(value);
+                break;
+            case 2:
+                list.insertFront(it, value);
+                model.insert(at, value);
+                break;
+            case 3:
+                list.insertBackFront(it, value);
+                model.insert(at == model.end() ? at : std::next(at), value);
+                break;
+            case 4:
+            case 5:
+                if (!model.empty()) {
+                    LinkIterator<int> next = list.remove(it);
+                    auto modelNext = model.erase(at);
+                    EXPECT_TRUE(modelNext == model.end() ? next == list.end() : *next == *modelNext);
+                }
+                break;
+            case 6: {
+                list.remove(value);
+                auto found = std::find(model.begin(), model.end(), value);
+                if (found != model.end()) {
+                    model.erase(found);
+                }
+                break;
+            }
+            default:
+                if (random() % 20 == 0) {
+                    list.clear();
+                    model.clear();
+                }
+                break;
+            }
+            ASSERT_EQ(contents(list), std::vector<int*>(model.begin(), model.end())) << "step " << step;
+        }
+    }
+}
