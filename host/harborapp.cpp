@@ -3,6 +3,7 @@
 #include "app/systemmanager.h"
 #include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
+#include "jobs/jobsystem.h"
 #include "input/hidsystem.h"
 
 TypeInfo HarborApp::mUniqueTypeInfo("HarborApp", "System", 2);
@@ -36,6 +37,8 @@ void HarborApp::setup()
     memory->createAllocator(0x1000000, "Unit");
 
     // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
+    // The Systems, each at its fixed place in the manager.
+    manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
     manager->addSystem(HIDSystem::create());
     manager->setup();
     manager->order();
