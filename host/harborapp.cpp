@@ -6,6 +6,7 @@
 #include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
 #include "jobs/jobsystem.h"
+#include "input/hidsystem.h"
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
 #include "tool/toolsystem.h"
@@ -29,22 +30,24 @@ void HarborApp::setup()
         return; // no window could be made: nothing to run
     }
 
+    // The named heaps, all carved from "Global", in the order the overlay lists them.
     MemoryManager* memory = MemoryManager::getInstance();
     AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
     setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
-    // Property, Resource and Unit are handed to their classes once those exist.
+    // Property objects take this heap once they exist.
     memory->createBlockAllocator(48, 0x10000, "Property");
     System::setAllocator(memory->createAllocator(0x1000000, "System"));
+    // Resources and units take theirs once they exist.
     memory->createAllocator(0x2000000, "Resource");
     memory->createAllocator(0x1000000, "Unit");
 
-    // Each System has its fixed place in this sequence; those still missing
-    // join at theirs.
+    // The Systems, each at its fixed place in the manager.
     manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
     manager->addSystem(RenderSystem::create());
+    // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
+    manager->addSystem(HIDSystem::create());
     manager->addSystem(ViewSystem::create());
     manager->addSystem(ToolSystem::create());
-
     manager->setup();
     manager->order();
 }

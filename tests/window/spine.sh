@@ -37,8 +37,12 @@ expected=(
   "MemoryManager : start."
   "SystemManager : start."
   "HarborApp start."
+  "JobSystem : start."
+  "HIDSystem : start."
   "Application : execute."
   "HarborApp end."
+  "JobSystem : end."
+  "HIDSystem : end."
   "SystemManager : end."
   "MemoryManager : end."
   "Application : end."
@@ -50,3 +54,17 @@ for text in "${expected[@]}"; do
   line=$((line + found))
 done
 echo "PASS: window opened 1024x768, $advance frames in 1 s, closed with status 0"
+
+# SIGTERM ends the event loop like a close: the whole tear-down runs, status 0.
+log="$ARTIFACTS/spine-sigterm.stderr"
+"$HARBOR" </dev/null 2>"$log" &
+APP_PID=$!
+find_window "Harbor Application" >/dev/null
+sleep 0.3
+kill -TERM "$APP_PID"
+status=0
+wait "$APP_PID" || status=$?
+APP_PID=""
+[ "$status" -eq 0 ] || fail "exit status $status after SIGTERM"
+tail -n1 "$log" | grep -q -F "Application : end." || { cat "$log" >&2; fail "no tear-down after SIGTERM"; }
+echo "PASS: SIGTERM ends the program normally"
