@@ -1,0 +1,286 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "foundation/allocator.h"
+#include "foundation/autostring.h"
+#include "foundation/utils.h"
+
+namespace {
+
+// Every test runs on a fresh "String" heap and must hand it back empty.
+class AutoStringTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        mpHeap = new GPAllocator(0x40000, "String", nullptr, 32, true);
+        AutoString::setAllocator(mpHeap);
+    }
+    void TearDown() override
+    {
+        EXPECT_EQ(mpHeap->getUsedSize(), 32u) << "string heap not empty";
+        AutoString::deleteAllocator();
+    }
+    GPAllocator* mpHeap;
+};
+
+typedef AutoStringTest AutoStringDeathTest;
+
+} // namespace
+
+TEST_F(AutoStringTest, NullBufferIsTheEmptyStringButZeroLengthIsNot)
+{
+    AutoString none;
+    AutoString blank("");
+    EXPECT_EQ(none.c_str(), nullptr);
+    EXPECT_TRUE(none.empty());
+    EXPECT_FALSE(static_cast<bool>(none));
+    EXPECT_STREQ(blank.c_str(), "");
+    EXPECT_FALSE(blank.empty());
+    EXPECT_TRUE(static_cast<bool>(blank));
+    EXPECT_EQ(blank.size(), 0u);
+    EXPECT_EQ(AutoString(static_cast<char const*>(nullptr)).c_str(), nullptr);
+    EXPECT_TRUE(AutoString::Null.empty());
+
+    EXPECT_FALSE(none == blank);
+    EXPECT_TRUE(none != blank);
+    EXPECT_TRUE(none == "");
+    EXPECT_TRUE(none == AutoString());
+    EXPECT_TRUE(blank == "");
+    EXPECT_FALSE(blank == static_cast<char const*>(nullptr));
+    EXPECT_TRUE(AutoString("abc") == "abc");
+    EXPECT_TRUE(AutoString("abc") != "abd");
+    EXPECT_TRUE(AutoString("abc") == AutoString("abc"));
+    EXPECT_FALSE(AutoString("abc") == AutoString("ab"));
+
+    EXPECT_TRUE(AutoString::isEqual(nullptr, nullptr));
+    EXPECT_FALSE(AutoString::isEqual(nullptr, ""));
+    EXPECT_TRUE(AutoString::isEqual("x", "x"));
+}
+
+TEST_F(AutoStringTest, CopiesShareOneBufferThatOutlivesTheOriginal)
+{
+    AutoString* original = new AutoString("shared text");
+    AutoString copy(*original);
+    AutoString assigned;
+    assigned = copy;
+    EXPECT_EQ(copy.c_str(), original->c_str());
+    EXPECT_EQ(assigned.c_str(), original->c_str());
+    delete original;
+    EXPECT_STREQ(copy.c_str(), "shared text");
+
+    AutoString moved(static_cast<AutoString&&>(copy));
+    EXPECT_TRUE(copy.empty());
+    EXPECT_EQ(moved.c_str(), assigned.c_str());
+}
+
+TEST_F(AutoStringTest, AnEqualValueKeepsTheBuffer)
+{
+    AutoString text("same");
+    char const* buffer = text.c_str();
+    text = "same";
+    EXPECT_EQ(text.c_str(), buffer);
+    text = AutoString("same");
+    EXPECT_EQ(text.c_str(), buffer);
+    text = 'x';
+    EXPECT_STREQ(text.c_str(), "x");
+    buffer = text.c_str();
+    text = 'x';
+    EXPECT_EQ(text.c_str(), buffer);
+    // Assigning a part of its own text is safe.
+    AutoString longText("abcdef");
+    longText = longText.c_str() + 2;
+    EXPECT_STREQ(longText.c_str(), "cdef");
+    longText = static_cast<char const*>(nullptr);
+    EXPECT_TRUE(longText.empty());
+    // The empty string already equals "", so it stays null.
+    AutoString none;
+    none = "";
+    EXPECT_TRUE(none.empty());
+}
+
+TEST_F(AutoStringTest, WritableIndexAlwaysCopiesSoSharersNeverSeeTheChange)
+{
+    AutoString b("hello");
+    AutoString a;
+    a = b;
+    a[0] = 'j';
+    EXPECT_STREQ(a.c_str(), "jello");
+    EXPECT_STREQ(b.c_str(), "hello");
+    a[1] = 'a';
+    EXPECT_STREQ(a.c_str(), "jallo");
+    // Reading through the writable form on a shared string copies as well.
+    AutoString c(a);
+    EXPECT_EQ(a[2], 'l');
+    EXPECT_NE(a.c_str(), c.c_str());
+    EXPECT_STREQ(c.c_str(), "jallo");
+    AutoString const& constant = b;
+    EXPECT_EQ(constant[4], 'o');
+    EXPECT_EQ(constant.c_str(), b.c_str());
+}
+
+TEST_F(AutoStringDeathTest, WritableIndexOnTheEmptyStringIsFatal)
+{
+    AutoString none;
+    EXPECT_DEATH(none[0] = 'x', "Buffer is NULL\\.");
+}
+
+TEST_F(AutoStringDeathTest, SecondAllocatorIsFatal)
+{
+    EXPECT_DEATH(AutoString::setAllocator(mpHeap), "Allocator already set\\.");
+}
+
+TEST_F(AutoStringTest, Substrings)
+{
+    AutoString text("abcdef");
+    EXPECT_STREQ(text.substr(2).c_str(), "cdef");
+    EXPECT_STREQ(text.substr(1, 3).c_str(), "bcd");
+    EXPECT_STREQ(text.substr(4, 100).c_str(), "ef");
+    EXPECT_STREQ(text.substr(0, 0).c_str(), "");
+    EXPECT_TRUE(text.substr(6).empty());
+    EXPECT_TRUE(AutoString("abc").substr(3).empty());
+    EXPECT_TRUE(AutoString().substr(0).empty());
+}
+
+TEST_F(AutoStringTest, Insertion)
+{
+    AutoString text("ace");
+    text.insert(1, 'b');
+    text.insert(3, AutoString("d"));
+    EXPECT_STREQ(text.c_str(), "abcde");
+    text.insert(100, 'f');
+    text.insert(6, AutoString("gh"));
+    EXPECT_STREQ(text.c_str(), "abcdefgh");
+    text.insert(0, AutoString("_"));
+    EXPECT_STREQ(text.c_str(), "_abcdefgh");
+
+    AutoString shared("xyz");
+    AutoString none;
+    none.insert(5, shared);
+    EXPECT_EQ(none.c_str(), shared.c_str());
+    AutoString single;
+    single.insert(3, 'q');
+    EXPECT_STREQ(single.c_str(), "q");
+}
+
+TEST_F(AutoStringTest, RemovalClearsWheneverTheLengthCoversTheSize)
+{
+    AutoString text("abcdef");
+    text.remove(1, 2);
+    EXPECT_STREQ(text.c_str(), "adef");
+    text.remove(2, 3); // runs past the end: takes the rest
+    EXPECT_STREQ(text.c_str(), "ad");
+    AutoString shorter("abc");
+    shorter.remove(0, 100);
+    EXPECT_TRUE(shorter.empty());
+    // Deliberate: the head goes as well when length covers the size.
+    AutoString head("abc");
+    head.remove(2, 100);
+    EXPECT_TRUE(head.empty());
+    AutoString exact("abc");
+    exact.remove(1, 3);
+    EXPECT_TRUE(exact.empty());
+    AutoString none;
+    none.remove(0, 1);
+    EXPECT_TRUE(none.empty());
+    AutoString beyond("abcdef");
+    beyond.remove(10, 1);
+    EXPECT_STREQ(beyond.c_str(), "abcdef");
+}
+
+TEST_F(AutoStringTest, Searching)
+{
+    AutoString text("one/two/three");
+    EXPECT_EQ(text.findFirst('/'), 3u);
+    EXPECT_EQ(text.findFirst('/', 4), 7u);
+    EXPECT_EQ(text.findFirst('x'), AutoString::NotFound);
+    EXPECT_EQ(text.findFirst('o', 100), AutoString::NotFound);
+    EXPECT_EQ(text.findLast('/'), 7u);
+    EXPECT_EQ(text.findLast('o'), 6u);
+    EXPECT_EQ(text.findLast('o', 7), AutoString::NotFound);
+    EXPECT_EQ(text.findLast('o', 6), 6u);
+    EXPECT_EQ(text.findFirst(AutoString("t")), 4u);
+    EXPECT_EQ(text.findFirst(AutoString("t"), 5), 8u);
+    EXPECT_EQ(text.findLast(AutoString("t")), 8u);
+    EXPECT_EQ(AutoString("aaaa").findLast(AutoString("aa")), 2u);
+    EXPECT_EQ(AutoString("abab").findLast(AutoString("ab"), 1), 2u);
+    EXPECT_EQ(text.findLast(AutoString("zz")), AutoString::NotFound);
+    AutoString none;
+    EXPECT_EQ(none.findFirst('a'), AutoString::NotFound);
+    EXPECT_EQ(none.findLast('a'), AutoString::NotFound);
+    EXPECT_EQ(none.findFirst(AutoString("a")), AutoString::NotFound);
+    EXPECT_EQ(none.findLast(AutoString("a")), AutoString::NotFound);
+    EXPECT_EQ(text.findFirst(AutoString()), AutoString::NotFound);
+}
+
+TEST_F(AutoStringTest, IndentFormatHashAndConcatenation)
+{
+    AutoString text("x");
+    text.indent(2);
+    EXPECT_STREQ(text.c_str(), "\t\tx");
+    text.indent(0);
+    EXPECT_STREQ(text.c_str(), "\t\tx");
+    AutoString none;
+    none.indent(3);
+    EXPECT_STREQ(none.c_str(), "\t\t\t");
+
+    AutoString formatted;
+    formatted.format("%s=%d", "count", 42);
+    EXPECT_STREQ(formatted.c_str(), "count=42");
+
+    EXPECT_EQ(AutoString().hash(), 0xFFFFFFFFu);
+    EXPECT_EQ(AutoString("ObjectBase").hash(), Utils::hash("ObjectBase"));
+
+    AutoString sum("ab");
+    sum += "cd";
+    sum += 'e';
+    sum += AutoString("f");
+    EXPECT_STREQ(sum.c_str(), "abcdef");
+    char const* before = sum.c_str();
+    sum += AutoString();
+    EXPECT_EQ(sum.c_str(), before);
+    AutoString empty;
+    empty += sum;
+    EXPECT_EQ(empty.c_str(), sum.c_str());
+    AutoString tail;
+    tail += "t";
+    EXPECT_STREQ(tail.c_str(), "t");
+    EXPECT_STREQ((sum + "g").c_str(), "abcdefg");
+    EXPECT_STREQ((sum + 'h').c_str(), "abcdefh");
+    EXPECT_STREQ((sum + AutoString("i")).c_str(), "abcdefi");
+    EXPECT_STREQ(sum.c_str(), "abcdef");
+}
+
+TEST_F(AutoStringTest, HeapPlacedStringsAndAllBytesComeFromTheStringHeap)
+{
+    u32 empty = mpHeap->getUsedSize();
+    AutoString* text = new AutoString("budget");
+    EXPECT_GT(mpHeap->getUsedSize(), empty);
+    AutoString* many = new AutoString[3];
+    many[1] = *text;
+    delete[] many;
+    delete text;
+    EXPECT_EQ(mpHeap->getUsedSize(), empty);
+}
+
+TEST_F(AutoStringTest, CopiesOnManyThreadsKeepTheCountRight)
+{
+    AutoString shared("read by every thread");
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&shared]() {
+            for (int i = 0; i < 2000; ++i) {
+                AutoString copy(shared);
+                AutoString second;
+                second = copy;
+                EXPECT_EQ(second.size(), 20u);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_STREQ(shared.c_str(), "read by every thread");
+}

@@ -1,0 +1,68 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "foundation/functor.h"
+
+namespace {
+
+struct Counter {
+    int mTotal = 0;
+    int mCalls = 0;
+    void add(int value) { mTotal += value; }
+    unsigned int tick()
+    {
+        ++mCalls;
+        return static_cast<unsigned int>(mCalls);
+    }
+    void reset() { mTotal = 0; }
+};
+
+} // namespace
+
+TEST(Functor, CallsTheBoundMemberAndDuplicatesIndependently)
+{
+    u32 usedBefore = FunctorBase::getAllocator()->getUsedSize();
+    Counter counter;
+    FunctorIntermediate<int, void>* add = new Functor<Counter, int, void>(&counter, &Counter::add);
+    (*add)(5);
+    FunctorIntermediate<int, void>* copy = add->duplicate();
+    EXPECT_NE(copy, add);
+    delete add;
+    (*copy)(7);
+    EXPECT_EQ(counter.mTotal, 12);
+    delete copy;
+
+    FunctorIntermediate<void, unsigned int>* tick = new Functor<Counter, void, unsigned int>(&counter, &Counter::tick);
+    EXPECT_EQ((*tick)(), 1u);
+    FunctorBase* base = tick->duplicate();
+    EXPECT_EQ((*tick)(), 2u);
+    delete tick;
+    delete base;
+
+    FunctorIntermediate<void, void>* reset = new Functor<Counter, void, void>(&counter, &Counter::reset);
+    (*reset)();
+    EXPECT_EQ(counter.mTotal, 0);
+    delete reset;
+    EXPECT_EQ(FunctorBase::getAllocator()->getUsedSize(), usedBefore);
+}
+
+TEST(Functor, TheHeapHoldsExactly4096Functors)
+{
+    Counter counter;
+    std::vector<FunctorIntermediate<int, void>*> functors;
+    u32 free = FunctorBase::BlockNum - FunctorBase::getAllocator()->getUsedSize() / FunctorBase::BlockSize;
+    for (u32 i = 0; i < free; ++i) {
+        functors.push_back(new Functor<Counter, int, void>(&counter, &Counter::add));
+        ASSERT_NE(functors.back(), nullptr);
+    }
+    testing::internal::CaptureStderr();
+    FunctorIntermediate<int, void>* extra = new Functor<Counter, int, void>(&counter, &Counter::add);
+    std::string trace = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(extra, nullptr);
+    EXPECT_NE(trace.find("BlockAllocator : Stack underflow.\n"), std::string::npos);
+    for (FunctorIntermediate<int, void>* functor : functors) {
+        delete functor;
+    }
+    EXPECT_EQ(FunctorBase::getAllocator()->getUsedSize(), 0u);
+}

@@ -1,0 +1,132 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "foundation/allocator.h"
+#include "foundation/utils.h"
+
+namespace {
+
+// CRC-32, polynomial 0x04C11DB7, most significant bit first, start all ones,
+// no final inversion: computed bit by bit, without any table.
+u32 crcBitwise(char const* text)
+{
+    u32 value = 0xFFFFFFFFu;
+    for (char const* p = text; *p != '\0'; ++p) {
+        value ^= static_cast<u32>(static_cast<unsigned char>(*p)) << 24;
+        for (int bit = 0; bit < 8; ++bit) {
+            value = (value & 0x80000000u) ? (value << 1) ^ 0x04C11DB7u : (value << 1);
+        }
+    }
+    return value;
+}
+
+class UtilsTest : public testing::Test {
+protected:
+    void SetUp() override { AutoString::setAllocator(new GPAllocator(0x10000, "String", nullptr, 32, true)); }
+    void TearDown() override { AutoString::deleteAllocator(); }
+};
+
+} // namespace
+
+TEST(UtilsHash, KnownValues)
+{
+    EXPECT_EQ(Utils::hash(""), 0xFFFFFFFFu);
+    EXPECT_EQ(Utils::hash(nullptr), 0xFFFFFFFFu);
+    EXPECT_EQ(Utils::hash("123456789"), 0x0376E6E7u);
+    EXPECT_EQ(Utils::hash("ObjectBase"), 0x0753FAA8u);
+    EXPECT_EQ(Utils::hash("System"), 0x6FA06677u);
+}
+
+TEST(UtilsHash, MatchesTheBitwiseCrcForClassNamesAndAllBytes)
+{
+    char const* names[] = {"ObjectBase",  "ResourceBase", "System",   "MemoryManager", "SystemManager",
+                           "UIWindow",    "ToolBase",     "Texture",  "AnimResource",  "SequencerResource",
+                           "HarborApp",   "ui/panel",     "a",        "native/ui/panel.tex"};
+    for (char const* name : names) {
+        EXPECT_EQ(Utils::hash(name), crcBitwise(name)) << name;
+    }
+    // Bytes above 127 hash like every other byte.
+    char high[] = {static_cast<char>(0xE9), 't', static_cast<char>(0xE9), static_cast<char>(0x80),
+                   static_cast<char>(0xFF), '\0'};
+    EXPECT_EQ(Utils::hash(high), crcBitwise(high));
+}
+
+TEST(UtilsPath, FileNameAndExtension)
+{
+    EXPECT_STREQ(Utils::getFileName("native/ui/panel.tex"), "panel.tex");
+    EXPECT_STREQ(Utils::getFileName("panel.tex"), "panel.tex");
+    EXPECT_STREQ(Utils::getFileName("native/ui/"), "");
+    EXPECT_EQ(Utils::getFileName(nullptr), nullptr);
+    // The first dot, deliberately: two dots keep the second.
+    EXPECT_STREQ(Utils::getFileExtension("a.b.c"), "b.c");
+    EXPECT_STREQ(Utils::getFileExtension("anim.asq.xml"), "asq.xml");
+    EXPECT_EQ(Utils::getFileExtension("noextension"), nullptr);
+    EXPECT_EQ(Utils::getFileExtension(nullptr), nullptr);
+}
+
+TEST(UtilsPath, PathRelativeToTheDataRoot)
+{
+    Utils::setRootPath("/opt/harbor/resources/");
+    EXPECT_STREQ(Utils::getPath("/opt/harbor/resources/intermediate/ui/panel.tga"), "intermediate/ui/panel.tga");
+    EXPECT_STREQ(Utils::getPath("/opt/harbor/resources/native/ui/panel.tex"), "native/ui/panel.tex");
+    // "intermediate/" wins over "native/" wherever they stand.
+    EXPECT_STREQ(Utils::getPath("/opt/harbor/resources/native/intermediate/x"), "intermediate/x");
+    EXPECT_EQ(Utils::getPath("/elsewhere/intermediate/ui/panel.tga"), nullptr);
+    EXPECT_EQ(Utils::getPath("/opt/harbor/resources/other/panel.tga"), nullptr);
+    EXPECT_EQ(Utils::getPath(nullptr), nullptr);
+    EXPECT_STREQ(Utils::getRootPath(), "/opt/harbor/resources/");
+    Utils::setRootPath("");
+}
+
+TEST_F(UtilsTest, ResourcePathDropsTheFolderWordAndTheExtension)
+{
+    EXPECT_STREQ(Utils::getResourcePath("native/ui/panel.tex").c_str(), "ui/panel");
+    EXPECT_STREQ(Utils::getResourcePath("intermediate/anim/walk.asq.xml").c_str(), "anim/walk");
+    EXPECT_STREQ(Utils::getResourcePath("ui/panel").c_str(), "ui/panel");
+    EXPECT_STREQ(Utils::getResourcePath("ver.2/panel").c_str(), "ver.2/panel");
+    EXPECT_TRUE(Utils::getResourcePath(".hidden").empty());
+    EXPECT_TRUE(Utils::getResourcePath("native/.tex").empty());
+    EXPECT_TRUE(Utils::getResourcePath(nullptr).empty());
+}
+
+TEST(UtilsFiles, ExistenceAndListing)
+{
+    namespace fs = std::filesystem;
+    fs::path folder = fs::temp_directory_path() / ("harbor_utils_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) + "_" + std::to_string(reinterpret_cast<std::uintptr_t>(&folder)));
+    fs::remove_all(folder);
+    fs::create_directories(folder / "sub");
+    {
+        std::ofstream file(folder / "data.bin", std::ios::binary);
+        file << std::string(1234, 'x');
+    }
+    EXPECT_TRUE(Utils::isFileExist((folder / "data.bin").c_str()));
+    EXPECT_TRUE(Utils::isFileExist((folder / "sub").c_str()));
+    EXPECT_FALSE(Utils::isFileExist((folder / "missing").c_str()));
+    EXPECT_FALSE(Utils::isFileExist(nullptr));
+
+    Vector<Utils::FileInfo> list;
+    Utils::getFileList(list, folder.c_str());
+    ASSERT_EQ(list.size(), 2u);
+    Utils::FileInfo* file = (strcmp(list[0]->mName, "data.bin") == 0) ? list[0] : list[1];
+    Utils::FileInfo* sub = (file == list[0]) ? list[1] : list[0];
+    EXPECT_STREQ(file->mName, "data.bin");
+    EXPECT_FALSE(file->mDirectory);
+    EXPECT_EQ(file->mSize, 1234u);
+    EXPECT_GE(file->mYear, 2020);
+    EXPECT_GE(file->mMonth, 1);
+    EXPECT_LE(file->mMonth, 12);
+    EXPECT_STREQ(sub->mName, "sub");
+    EXPECT_TRUE(sub->mDirectory);
+    for (u32 i = 0; i < list.size(); ++i) {
+        delete list[i];
+    }
+
+    Vector<Utils::FileInfo> none;
+    Utils::getFileList(none, (folder / "missing").c_str());
+    EXPECT_TRUE(none.empty());
+    fs::remove_all(folder);
+}
