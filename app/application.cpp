@@ -9,7 +9,7 @@
 #include "foundation/multithread.h"
 #include "platform/platform.h"
 
-TypeInfo Application::mUniqueTypeInfo("Application", "ObjectBase", 1);
+IMPLEMENT_TYPEINFO(Application, "ObjectBase", TypeInfo::eAttribute_Abstract);
 Application* Application::mpInstance = nullptr;
 
 namespace {
