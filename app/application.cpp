@@ -12,7 +12,7 @@
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
 
-TypeInfo Application::mUniqueTypeInfo("Application", "ObjectBase", 1);
+IMPLEMENT_TYPEINFO(Application, "ObjectBase", TypeInfo::eAttribute_Abstract);
 Application* Application::mpInstance = nullptr;
 
 namespace {
