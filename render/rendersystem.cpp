@@ -12,7 +12,7 @@
 #include "render/renderobject.h"
 #include "tool/toolsystem.h"
 
-TypeInfo RenderSystem::mUniqueTypeInfo("RenderSystem", "System", 2);
+IMPLEMENT_TYPEINFO(RenderSystem, "System", TypeInfo::eAttribute_Singleton);
 RenderSystem* RenderSystem::mpInstance = nullptr;
 
 namespace {

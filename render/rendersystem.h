@@ -110,9 +110,7 @@ public:
     static RenderSystem* getInstance() { return mpInstance; }
     void destroy() override;
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(TypeInfo)
 
     // Postprocess after the tools' drawing; destroyed after the tools.
     void setup() override;
