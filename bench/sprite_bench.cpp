@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <cstdlib>
 #include <numeric>
 #include <random>
@@ -310,6 +311,13 @@ private:
     std::vector<int> mIndices;
 };
 
+// Processor time of the whole process (the renderer's threads included) since
+// start: on a shared machine a fairer measure of the work than the clock.
+double processMilliseconds(std::clock_t start)
+{
+    return 1000.0 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
+
 void pumpEvents()
 {
     SDL_PumpEvents(); // keeps the window manager content between frames
@@ -327,12 +335,14 @@ void BM_Engine(benchmark::State& state, bool layered)
     scene.engineFrame(harness, record, sort, replay); // warm-up
     record = sort = replay = 0.0;
     u64 draws = 0;
+    std::clock_t const cpuStart = std::clock();
     for (auto _ : state) {
         scene.engineFrame(harness, record, sort, replay);
         draws += harness.mpRender->getDrawCount();
         pumpEvents();
     }
     double const frames = static_cast<double>(state.iterations());
+    state.counters["cpu_ms"] = processMilliseconds(cpuStart) / frames;
     state.counters["record_ms"] = record / frames;
     state.counters["sort_ms"] = sort / frames;
     state.counters["replay_ms"] = replay / frames;
@@ -352,10 +362,12 @@ void BM_SdlRenderer(benchmark::State& state, bool layered)
     harness.makeSdlRenderer();
     SpriteScene scene(static_cast<u32>(state.range(0)), layered);
     scene.sdlFrame(harness); // warm-up
+    std::clock_t const cpuStart = std::clock();
     for (auto _ : state) {
         scene.sdlFrame(harness);
         pumpEvents();
     }
+    state.counters["cpu_ms"] = processMilliseconds(cpuStart) / static_cast<double>(state.iterations());
     state.counters["fps"] = benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
 

@@ -74,6 +74,7 @@ RenderSystem::RenderSystem(u32 commandBufferSize)
       mEntryCount(0),
       mBuildFrame(0),
       mExecuteFrame(0),
+      mScissorTest(false),
       mSortSource(0),
       mSortCount(0),
       mSortWidth(0)
@@ -619,6 +620,7 @@ void RenderSystem::beginScene()
     // A frame may have ended with a render target bound.
     gl::BindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
     glEnable(GL_SCISSOR_TEST);
+    mScissorTest = true;
     glDisable(GL_CULL_FACE);
     glDisable(GL_LIGHTING);
     glDisable(GL_BLEND);
@@ -701,11 +703,23 @@ void RenderSystem::setViewport(sRect const& rect, sRect const& clip)
                static_cast<GLsizei>(area.getHeight()));
 }
 
+// The box is always kept; the test itself is off while the box covers the
+// whole target, where it would pass everywhere (a software rasteriser still
+// pays for it per pixel).
 void RenderSystem::setScissor(sRect const& rect, sRect const& clip)
 {
     sRect const area = rect & clip;
     glScissor(area.left, static_cast<GLint>(clip.getHeight()) - area.bottom, static_cast<GLsizei>(area.getWidth()),
               static_cast<GLsizei>(area.getHeight()));
+    bool const whole = area == clip;
+    if (whole == mScissorTest) {
+        mScissorTest = !whole;
+        if (mScissorTest) {
+            glEnable(GL_SCISSOR_TEST);
+        } else {
+            glDisable(GL_SCISSOR_TEST);
+        }
+    }
 }
 
 void RenderSystem::setProjection(sRect const& rect)
@@ -737,7 +751,13 @@ void RenderSystem::clear(sColor color, sRect const& rect, sRect const& clip)
     GLint const top = (y + height) < (box[1] + box[3]) ? (y + height) : (box[1] + box[3]);
     if (left < right && bottom < top) {
         glScissor(left, bottom, right - left, top - bottom);
+        if (!mScissorTest) {
+            glEnable(GL_SCISSOR_TEST);
+        }
         glClear(GL_COLOR_BUFFER_BIT);
+        if (!mScissorTest) {
+            glDisable(GL_SCISSOR_TEST);
+        }
     }
     glScissor(box[0], box[1], box[2], box[3]);
 }

@@ -202,6 +202,8 @@ private:
     u32 mBuildFrame;
     u32 mExecuteFrame;
 
+    bool mScissorTest; // GL_SCISSOR_TEST as the replay left it
+
     // The pass that the sort jobs work on: which pair of arrays is read.
     u32 mSortSource;
     u32 mSortCount;

@@ -1,5 +1,6 @@
 #include "render/viewsystem.h"
 
+#include "app/application.h"
 #include "foundation/debug.h"
 #include "reflection/objectlist.h"
 #include "reflection/property.h"
@@ -16,7 +17,10 @@ ViewSystem* ViewSystem::mpInstance = nullptr;
 
 ViewSystem::View::View() : mEnable(false), mGrid(false), mIndex(0)
 {
-    sRect const window = RenderSystem::getInstance() != nullptr ? RenderSystem::getInstance()->getWindowRect() : sRect::Zero;
+    Application const* application = Application::getInstance();
+    sRect const window = application != nullptr ? sRect(0, 0, static_cast<int>(application->getWindowWidth()),
+                                                        static_cast<int>(application->getWindowHeight()))
+                                                : sRect::Zero;
     mViewport = window;
     mProjection = window;
 }

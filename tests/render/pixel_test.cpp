@@ -165,6 +165,30 @@ TEST_F(PixelTest, ScissorAndViewportClipTheDrawing)
     EXPECT_TRUE(nearColor(readPixel(163, 114), kGrey, 1));
 }
 
+TEST_F(PixelTest, AClearFillsItsRectangleCutByTheScissor)
+{
+    REQUIRE_GL();
+    runFrame([&](DrawContext* context) {
+        windowState(context, 0, 0);
+        context->clear(sRect(10, 10, 30, 30), kRed);
+        windowState(context, 0, 1);
+        context->setScissorRect(sRect(60, 0, kWindowWidth, kWindowHeight));
+        quad(context, sRect(0, 0, 1, 1), kWhite); // a draw brings the scissor along
+        windowState(context, 0, 2);
+        context->setScissorRect(sRect(60, 0, kWindowWidth, kWindowHeight));
+        context->clear(sRect(50, 10, 90, 30), kGreen);
+    });
+    EXPECT_TRUE(nearColor(readPixel(10, 10), kRed));
+    EXPECT_TRUE(nearColor(readPixel(29, 29), kRed));
+    EXPECT_TRUE(nearColor(readPixel(30, 29), kGrey, 1));
+    EXPECT_TRUE(nearColor(readPixel(29, 30), kGrey, 1));
+    EXPECT_TRUE(nearColor(readPixel(59, 20), kGrey, 1)) << "left of the scissor";
+    EXPECT_TRUE(nearColor(readPixel(60, 20), kGreen));
+    EXPECT_TRUE(nearColor(readPixel(89, 29), kGreen));
+    EXPECT_TRUE(nearColor(readPixel(90, 20), kGrey, 1));
+    EXPECT_TRUE(nearColor(readPixel(200, 200), kGrey, 1));
+}
+
 TEST_F(PixelTest, AGameViewPutsTheWorldOriginAtTheWindowCentre)
 {
     REQUIRE_GL();
