@@ -7,6 +7,7 @@
 #include "foundation/fixedmath.h"
 #include "foundation/memorymanager.h"
 #include "foundation/multithread.h"
+#include "foundation/utils.h"
 #include "platform/platform.h"
 
 IMPLEMENT_TYPEINFO(Application, "ObjectBase", TypeInfo::eAttribute_Abstract);
@@ -139,6 +140,7 @@ void Application::makeRootPath()
     }
     DEV_TRACE("Root path = %s.\n", mRootPath);
     strcat(mRootPath, "/");
+    Utils::setRootPath(mRootPath);
 }
 
 void Application::makeIntermediatePath()

@@ -78,6 +78,20 @@ void BM_Loop_JobSystem(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * kLoopSize);
 }
 
+// The loop machinery alone: the same batch on the calling thread only.
+void BM_Loop_JobSystemOneThread(benchmark::State& state)
+{
+    JobSystem* jobs = getJobSystem();
+    u32 const threadNum = jobs->getJobThreadNum();
+    jobs->setJobThreadNum(1);
+    Work work;
+    for (auto _ : state) {
+        jobs->executeLoopJob(&work, &Work::step, 0, kLoopSize, nullptr);
+    }
+    jobs->setJobThreadNum(threadNum);
+    state.SetItemsProcessed(state.iterations() * kLoopSize);
+}
+
 #if defined(HARBOR_BENCH_OPENMP)
 void BM_Loop_OpenMP(benchmark::State& state)
 {
@@ -99,6 +113,7 @@ void BM_Loop_OpenMP(benchmark::State& state)
 BENCHMARK(BM_EmptyBatch)->UseRealTime();
 BENCHMARK(BM_Loop_Serial)->UseRealTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Loop_JobSystem)->UseRealTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Loop_JobSystemOneThread)->UseRealTime()->Unit(benchmark::kMicrosecond);
 #if defined(HARBOR_BENCH_OPENMP)
 BENCHMARK(BM_Loop_OpenMP)->UseRealTime()->Unit(benchmark::kMicrosecond);
 #endif

@@ -111,6 +111,12 @@ Thread::Thread(u32 stackSize)
     mQueue.setDirect(1);
 }
 
+Thread::~Thread()
+{
+    terminate();
+    waitForTermination();
+}
+
 void Thread::innerFunction(void* parameter)
 {
     Thread* thread = static_cast<Thread*>(parameter);

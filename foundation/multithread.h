@@ -163,13 +163,7 @@ public:
     enum eStatus { eStatus_Created, eStatus_Running, eStatus_TerminateRequest, eStatus_Ended };
 
     explicit Thread(u32 stackSize);
-    // Inline, so that the class has no key function and code built with RTTI
-    // (the test programs) can derive from it.
-    virtual ~Thread()
-    {
-        terminate();
-        waitForTermination();
-    }
+    virtual ~Thread();
 
     void run();
     void terminate();

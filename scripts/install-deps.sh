@@ -6,7 +6,7 @@ packages=(
   build-essential cmake ninja-build pkg-config
   libsdl2-dev libgl-dev libgl1-mesa-dri
   libgtest-dev libbenchmark-dev libtinyxml2-dev
-  xvfb xauth xdotool x11-utils openbox imagemagick
+  xvfb xauth xdotool x11-utils openbox imagemagick gdb
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -4,6 +4,12 @@
 
 #include "foundation/memorymanager.h"
 
+namespace {
+// Reaches the protected constructor, as a second instance would.
+class SecondManager : public MemoryManager {
+};
+} // namespace
+
 TEST(MemoryManager, ListsGlobalFirstAndOwnsItsChildren)
 {
     AllocatorBase* global = AllocatorBase::getGlobalAllocator();
@@ -51,4 +57,7 @@ TEST(MemoryManagerDeathTest, HeldBlockOrExhaustedGlobalIsFatal)
         },
         "Temp : leak detected\\(call no = 1,size = 24\\)\\.\n.*Memory leak detected\\.");
     EXPECT_DEATH(MemoryManager::create()->createAllocator(0x8000000, "Huge"), "Not enough memory\\.");
+    MemoryManager* manager = MemoryManager::create();
+    EXPECT_DEATH(new SecondManager(), "MemoryManager already instanced\\.");
+    manager->destroy();
 }

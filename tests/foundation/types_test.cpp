@@ -60,7 +60,6 @@ TEST(Fixed, ArithmeticWrapsWithoutSaturation)
     EXPECT_TRUE(sFixed::Min < sFixed::Zero && sFixed::Zero < sFixed::Max);
     EXPECT_TRUE(sFixed::Half <= sFixed::Half && sFixed::One >= sFixed::Half && sFixed::One > sFixed::Half);
     EXPECT_EQ(minimum(sFixed::One, sFixed::Half), sFixed::Half);
-    EXPECT_EQ(maximum(3, 7), 7);
 }
 
 TEST(Color, BytesAndFloatsConvertByTruncation)
@@ -83,10 +82,6 @@ TEST(Color, BytesAndFloatsConvertByTruncation)
     sColorF product = sColorF::Yellow * sColorF(0.5f, 0.5f, 0.5f, 1.0f);
     EXPECT_FLOAT_EQ(product[0], 0.5f);
     EXPECT_FLOAT_EQ(product[2], 0.0f);
-    EXPECT_FLOAT_EQ(sColorF::DarkGray.g, 105.0f / 255.0f);
-    EXPECT_EQ(sColor::LightGray.b, 211);
-    EXPECT_EQ(sColor::Magenta.g, 0);
-    EXPECT_EQ(sColor::Cyan.r, 0);
 }
 
 TEST(Point, VectorOperations)
@@ -99,7 +94,6 @@ TEST(Point, VectorOperations)
     a += sPoint(1, 0);
     EXPECT_EQ(a[0], 4);
     EXPECT_EQ(a[1], 4);
-    EXPECT_EQ(sPoint::Zero, sPoint(0, 0));
 
     sVector v(sFixed(3, 16), sFixed(4, 16));
     EXPECT_FLOAT_EQ(v.length(), 5.0f);
@@ -108,9 +102,6 @@ TEST(Point, VectorOperations)
     EXPECT_EQ(v * sVector(sFixed::Half, sFixed::One), sVector(sFixed(1.5f), sFixed(4, 16)));
     sVector unit = v.normalize();
     EXPECT_EQ(unit, sVector(sFixed(0.6f), sFixed(0.8f)));
-    EXPECT_EQ(sVector::One, sVector(sFixed::One, sFixed::One));
-    sTexcoord texcoord(1, 2);
-    EXPECT_EQ(texcoord.y, 2);
 }
 
 TEST(Rect, PointTestIncludesBothEdges)
@@ -156,6 +147,4 @@ TEST(Rect, ConstructionSizeAndTranslation)
     EXPECT_EQ(rect[2], 12);
     rect[3] = 20;
     EXPECT_EQ(rect.bottom, 20);
-    EXPECT_TRUE(rect != sRect::Zero);
-    EXPECT_EQ(sSize::Zero, sSize(0, 0));
 }

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -96,8 +96,9 @@ TEST_F(UtilsTest, ResourcePathDropsTheFolderWordAndTheExtension)
 TEST(UtilsFiles, ExistenceAndListing)
 {
     namespace fs = std::filesystem;
-    fs::path folder = fs::temp_directory_path() / ("harbor_utils_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) + "_" + std::to_string(reinterpret_cast<std::uintptr_t>(&folder)));
-    fs::remove_all(folder);
+    // Unique per run, so that parallel builds' tests do not meet.
+    fs::path folder = fs::temp_directory_path() /
+                      ("harbor_utils_" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
     fs::create_directories(folder / "sub");
     {
         std::ofstream file(folder / "data.bin", std::ios::binary);

@@ -58,6 +58,12 @@ void addMarks(JobSystem* jobs, Recorder& recorder, std::uintptr_t count)
     }
 }
 
+// Reaches the protected constructor, as a second instance would.
+class SecondJobSystem : public JobSystem {
+public:
+    SecondJobSystem() : JobSystem(0x100, 1) {}
+};
+
 class JobSystemTest : public testing::Test {
 protected:
     void TearDown() override { JobSystem::getInstance()->destroy(); }
@@ -181,7 +187,7 @@ TEST_F(JobSystemTest, SingletonWithItsTraces)
     JobSystem::create(0x10000, 1); // for TearDown
 }
 
-TEST(JobSystemDeathTest, RunningOutOfJobHeapIsFatal)
+TEST(JobSystemDeathTest, SecondInstanceAndExhaustedJobHeapAreFatal)
 {
     EXPECT_DEATH(
         {
@@ -191,4 +197,7 @@ TEST(JobSystemDeathTest, RunningOutOfJobHeapIsFatal)
             }
         },
         "This allocator do not have enough memory\\.");
+    JobSystem* jobs = JobSystem::create(0x100, 1);
+    EXPECT_DEATH(new SecondJobSystem(), "JobSystem already instanced\\.");
+    jobs->destroy();
 }

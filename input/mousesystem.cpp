@@ -1,0 +1,71 @@
+#include "input/mousesystem.h"
+
+#include "app/application.h"
+#include "foundation/debug.h"
+
+TypeInfo MouseSystem::mUniqueTypeInfo("MouseSystem", "System", 2);
+MouseSystem* MouseSystem::mpInstance = nullptr;
+
+MouseSystem* MouseSystem::create(HIDSystem* hidSystem)
+{
+    if (mpInstance == nullptr) {
+        MouseSystem* instance = new MouseSystem(hidSystem);
+        mpInstance = instance;
+    }
+    return mpInstance;
+}
+
+void MouseSystem::destroy()
+{
+    delete this;
+    mpInstance = nullptr;
+}
+
+// The mouse comes from Application, not from the device list: the HIDSystem
+// is taken only so that both input Systems are made alike.
+MouseSystem::MouseSystem(HIDSystem*)
+    : mPosition(),
+      mButtonOn(0),
+      mButtonOff(~0u),
+      mButtonTrgOn(0),
+      mButtonTrgOff(0),
+      mButtonPrevious(0),
+      mWheelPrevious(),
+      mWheel()
+{
+    setProcessEnable(false, true, false);
+    DEV_TRACE("MouseSystem : start.\n");
+}
+
+MouseSystem::~MouseSystem()
+{
+    DEV_TRACE("MouseSystem : end.\n");
+}
+
+void MouseSystem::setup()
+{
+    // The tool windows' widgets read the mouse state: once ToolSystem exists,
+    // this System declares a destroy dependency on it here.
+}
+
+void MouseSystem::update()
+{
+    Application* application = Application::getInstance();
+    mPosition = application->getCursorPosition();
+
+    u32 const buttons = application->getMouseButton();
+    mButtonOn = buttons;
+    mButtonOff = ~buttons;
+    mButtonTrgOn = (mButtonPrevious ^ buttons) & buttons;
+    mButtonTrgOff = mButtonPrevious & ~buttons;
+    mButtonPrevious = buttons;
+
+    // Application only accumulates; the frame's change is the difference.
+    mWheelPrevious = mWheel;
+    mWheel = application->getWheelAmount();
+}
+
+void MouseSystem::makeUIList(List<UIBase>& list)
+{
+    (void)list;
+}
