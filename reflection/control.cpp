@@ -14,7 +14,7 @@ static_assert(sizeof(TriggerControl<u32>) <= 48, "controls share the 48-byte pro
 // ---------------------------------------------------------------------------
 // ControlBase
 
-void* ControlBase::operator new(std::size_t size)
+void* ControlBase::operator new(std::size_t size) noexcept
 {
     AllocatorBase* allocator = PropertyBase::getAllocator();
     if (allocator != nullptr) {

@@ -61,7 +61,8 @@ public:
     unsigned int getType() const { return mType; }
 
     // From the property heap when there is one, else plain array new.
-    static void* operator new(std::size_t size);
+    // noexcept: an exhausted heap answers null and nothing is constructed.
+    static void* operator new(std::size_t size) noexcept;
     static void operator delete(void* pointer);
 
 protected:

@@ -486,7 +486,7 @@ void PropertyBase::setAllocator(AllocatorBase* allocator)
 
 // Properties made before the allocator was set go back to where they came
 // from: the heap's range tells the two apart.
-void* PropertyBase::operator new(std::size_t size)
+void* PropertyBase::operator new(std::size_t size) noexcept
 {
     if (mpAllocator != nullptr) {
         return mpAllocator->allocate(static_cast<int>(size), 16);

@@ -167,7 +167,8 @@ public:
     // Fatal on a second call: "Allocator already set.".
     static void setAllocator(AllocatorBase* allocator);
     static AllocatorBase* getAllocator() { return mpAllocator; }
-    static void* operator new(std::size_t size);
+    // noexcept: an exhausted heap answers null and nothing is constructed.
+    static void* operator new(std::size_t size) noexcept;
     static void operator delete(void* pointer);
 
 protected:

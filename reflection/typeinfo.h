@@ -92,8 +92,10 @@ public:
 // and once in the class's source file:
 //   IMPLEMENT_TYPEINFO(Name, "Parent", TypeInfo::eAttribute_Abstract)
 //   IMPLEMENT_OBJECT_TYPEINFO(Name, "Parent")
-// The record is a static member, so each class has exactly one; the database
-// copes with whichever initialiser runs first.
+//   IMPLEMENT_TEMPLATE_OBJECT_TYPEINFO(Name<Argument>, "Name<Argument>", "Parent")
+// The last is for each instance of a class template, which registers under
+// a name of its own. The record is a static member, so each class has
+// exactly one; the database copes with whichever initialiser runs first.
 #define DECLARE_TYPEINFO(Record)                                                 \
 public:                                                                          \
     static Record mUniqueTypeInfo;                                               \
@@ -105,3 +107,7 @@ public:                                                                         
 
 #define IMPLEMENT_OBJECT_TYPEINFO(Class, parentName) \
     UniqueTypeInfo<Class> Class::mUniqueTypeInfo(#Class, parentName)
+
+#define IMPLEMENT_TEMPLATE_OBJECT_TYPEINFO(Class, name, parentName) \
+    template <>                                                     \
+    UniqueTypeInfo<Class> Class::mUniqueTypeInfo(name, parentName)

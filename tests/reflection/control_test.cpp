@@ -12,10 +12,19 @@
 
 namespace {
 
+// The range a control takes for a property of type T by default.
 template <typename T>
-PropertyControl* controlOf(T* value)
+uNumeric minimumOf()
 {
-    return new PropertyControl(new ReferenceProperty<T>("Value", value));
+    T value = T();
+    return PropertyControl(new ReferenceProperty<T>("Value", &value)).getMinimum();
+}
+
+template <typename T>
+uNumeric maximumOf()
+{
+    T value = T();
+    return PropertyControl(new ReferenceProperty<T>("Value", &value)).getMaximum();
 }
 
 class Target : public ObjectBase {
@@ -34,69 +43,34 @@ public:
 
 TEST(PropertyControl, TakesTheFullRangeOfTheType)
 {
-    s8 v8 = 0;
-    s16 v16 = 0;
-    s32 v32 = 0;
-    s64 v64 = 0;
-    u8 w8 = 0;
-    u16 w16 = 0;
-    u32 w32 = 0;
-    u64 w64 = 0;
-    f32 f = 0.0f;
-    f64 d = 0.0;
-    sFixed x(0, 0);
-    sSize size(0, 0);
-
-    PropertyControl* control = controlOf(&v8);
-    EXPECT_EQ(-128, control->getMinimum().mS8);
-    EXPECT_EQ(127, control->getMaximum().mS8);
-    delete control;
-    control = controlOf(&v16);
-    EXPECT_EQ(-32768, control->getMinimum().mS16);
-    EXPECT_EQ(32767, control->getMaximum().mS16);
-    delete control;
+    EXPECT_EQ(-128, minimumOf<s8>().mS8);
+    EXPECT_EQ(127, maximumOf<s8>().mS8);
+    EXPECT_EQ(-32768, minimumOf<s16>().mS16);
+    EXPECT_EQ(32767, maximumOf<s16>().mS16);
     // Reversed on purpose: no limit.
-    control = controlOf(&v32);
-    EXPECT_EQ(0x7FFFFFFF, control->getMinimum().mS32);
-    EXPECT_EQ(static_cast<s32>(0x80000000u), control->getMaximum().mS32);
-    delete control;
-    control = controlOf(&v64);
-    EXPECT_EQ(0x7FFFFFFFFFFFFFFFll, control->getMinimum().mS64);
-    EXPECT_EQ(static_cast<s64>(0x8000000000000000ull), control->getMaximum().mS64);
-    delete control;
-    control = controlOf(&w8);
-    EXPECT_EQ(0u, control->getMinimum().mU64);
-    EXPECT_EQ(255u, control->getMaximum().mU8);
-    delete control;
-    control = controlOf(&w16);
-    EXPECT_EQ(65535u, control->getMaximum().mU16);
-    delete control;
-    control = controlOf(&w32);
-    EXPECT_EQ(0xFFFFFFFFu, control->getMaximum().mU32);
-    delete control;
-    control = controlOf(&w64);
-    EXPECT_EQ(~0ull, control->getMaximum().mU64);
-    delete control;
-    control = controlOf(&f);
-    EXPECT_EQ(-FLT_MAX, control->getMinimum().mF32);
-    EXPECT_EQ(FLT_MAX, control->getMaximum().mF32);
-    delete control;
-    control = controlOf(&d);
-    EXPECT_EQ(-DBL_MAX, control->getMinimum().mF64);
-    EXPECT_EQ(DBL_MAX, control->getMaximum().mF64);
-    delete control;
-    control = controlOf(&x);
-    EXPECT_EQ(sFixed::Min, control->getMinimum().mFixed);
-    EXPECT_EQ(sFixed::Max, control->getMaximum().mFixed);
-    delete control;
-    control = controlOf(&size);
-    EXPECT_EQ(0x7FFFFFFFFFFFFFFFll, control->getMinimum().mS64);
-    EXPECT_EQ(0u, control->getKind());
-    EXPECT_EQ(eControlType_Property, control->getType());
-    EXPECT_EQ(nullptr, control->getMaskInfo());
-    EXPECT_EQ(nullptr, control->getEnumInfo());
-    EXPECT_EQ(nullptr, control->getObjectTypeInfo());
-    delete control;
+    EXPECT_EQ(0x7FFFFFFF, minimumOf<s32>().mS32);
+    EXPECT_EQ(static_cast<s32>(0x80000000u), maximumOf<s32>().mS32);
+    EXPECT_EQ(0x7FFFFFFFFFFFFFFFll, minimumOf<s64>().mS64);
+    EXPECT_EQ(static_cast<s64>(0x8000000000000000ull), maximumOf<s64>().mS64);
+    EXPECT_EQ(0x7FFFFFFFFFFFFFFFll, minimumOf<sSize>().mS64);
+    EXPECT_EQ(0u, minimumOf<u8>().mU64);
+    EXPECT_EQ(255u, maximumOf<u8>().mU8);
+    EXPECT_EQ(65535u, maximumOf<u16>().mU16);
+    EXPECT_EQ(0xFFFFFFFFu, maximumOf<u32>().mU32);
+    EXPECT_EQ(~0ull, maximumOf<u64>().mU64);
+    EXPECT_EQ(-FLT_MAX, minimumOf<f32>().mF32);
+    EXPECT_EQ(FLT_MAX, maximumOf<f32>().mF32);
+    EXPECT_EQ(-DBL_MAX, minimumOf<f64>().mF64);
+    EXPECT_EQ(DBL_MAX, maximumOf<f64>().mF64);
+    EXPECT_EQ(sFixed::Min, minimumOf<sFixed>().mFixed);
+    EXPECT_EQ(sFixed::Max, maximumOf<sFixed>().mFixed);
+
+    s32 value = 0;
+    PropertyControl plain(new ReferenceProperty<s32>("Value", &value));
+    EXPECT_EQ(0u, plain.getKind());
+    EXPECT_EQ(eControlType_Property, plain.getType());
+    EXPECT_EQ(nullptr, plain.getMaskInfo());
+    EXPECT_EQ(nullptr, plain.getObjectTypeInfo());
 }
 
 TEST(PropertyControl, HoldsOneReferenceAndNamesItselfAfterItsProperty)

@@ -80,30 +80,6 @@ TEST(ObjectList, SetObjectDeletesTheReplacedElementEvenWhenItIsStoredAgain)
     EXPECT_TRUE(owning.empty());
 }
 
-TEST(ObjectList, ForwardsListOperationsWithoutDeleting)
-{
-    SampleLeaf a(1, "a");
-    SampleLeaf b(2, "b");
-    SampleLeaf c(3, "c");
-    ObjectList list;
-    list.addLast(&b);
-    list.addFirst(&a);
-    list.insertBackFront(list.find(&b), &c);
-    ASSERT_EQ(3u, list.size());
-    EXPECT_EQ(&c, list[2]);
-    EXPECT_EQ(1u, list.getIndex(list.find(&b)));
-    EXPECT_EQ(2u, list.getIndex(list.rbegin()));
-    list.remove(&b);
-    EXPECT_EQ(&c, list[1]);
-    list.insertFront(list.find(&c), &b);
-    EXPECT_EQ(&b, list[1]);
-    list.remove(list.rbegin());
-    EXPECT_EQ(2u, list.size());
-    list.clear();
-    EXPECT_TRUE(list.empty());
-    EXPECT_EQ(1, a.mValue);
-}
-
 TEST(ObjectListDeathTest, GuardsItsIndexAndItsStability)
 {
     SampleLeaf a(1, "a");
@@ -147,44 +123,6 @@ TEST(ObjectList, PublishesCountStabilityAndOneIndexMemberPairPerElement)
 
 // ---------------------------------------------------------------------------
 // XML form
-
-TEST(ObjectList, AnEmptyListWritesNoChildrenAndReadsBackEmpty)
-{
-    ListHolder source(false);
-    std::string const text = writeObject(&source, "Holder", true);
-    EXPECT_EQ("<?xml version=\"1.0\"?>\n\n<Holder typeinfo=\"ObjectBase\" id=\"ID1\" stable=\"true\" >\n"
-              "\t<List type=\"Object\" count=\"0\" index=\"0\" typeinfo=\"ObjectList\" id=\"ID2\" list_count=\"0\" "
-              "stable=\"true\" />\n</Holder>\n",
-              normalizeIds(text));
-    ListHolder target(false);
-    target.mList.setCount(2);
-    EXPECT_EQ("", readTraces(&target, text));
-    EXPECT_TRUE(target.mList.empty());
-}
-
-TEST(ObjectList, NonStableContentsAreRebuiltFromTheirClasses)
-{
-    ListHolder source(false);
-    source.mList.addLast(new SampleLeaf(1, "one"));
-    source.mList.addLast(nullptr);
-    source.mList.addLast(nullptr);
-    source.mList.addLast(new SampleLeaf(4, "four"));
-    std::string const text = writeObject(&source, "Holder", true);
-    EXPECT_NE(std::string::npos, text.find("list_count=\"4\""));
-    EXPECT_NE(std::string::npos, text.find("<element3 typeinfo=\"SampleLeaf\""));
-    EXPECT_EQ(std::string::npos, text.find("<element1"));
-
-    int deaths = 0;
-    ListHolder target(false);
-    target.mList.addLast(new Counted(9, &deaths));
-    EXPECT_EQ("", readTraces(&target, text));
-    EXPECT_EQ(1, deaths) << "the old contents went";
-    ASSERT_EQ(4u, target.mList.size());
-    EXPECT_EQ(1, static_cast<SampleLeaf*>(target.mList[0])->mValue);
-    EXPECT_EQ(nullptr, target.mList[1]);
-    EXPECT_EQ(nullptr, target.mList[2]);
-    EXPECT_STREQ("four", static_cast<SampleLeaf*>(target.mList[3])->mName.c_str());
-}
 
 TEST(ObjectList, NonStableContentsTraceWhatTheyCannotMake)
 {

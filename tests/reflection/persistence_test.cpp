@@ -203,75 +203,32 @@ TEST_F(PersistenceTest, ConstStringsAreWrittenButStopTheReader)
     EXPECT_DEATH(readObject(&mTarget, "SampleObject", mFullText), "Invalid attribute format\\.");
 }
 
+// Written again, the object read back gives the same file but for its
+// bools: they come back inverted, by design. 64-bit integers kept their low
+// 32 bits already in the file.
 TEST_F(PersistenceTest, ReadsBackWithTheRequiredAsymmetries)
 {
     SampleLeaf* owned = mTarget.mpOwned;
     EXPECT_EQ("", readTraces(mText));
+    std::string expected = mText;
+    expected = replaceOnce(expected, "<Bool type=\"bool\" count=\"0\" index=\"0\" value=\"true\" />",
+                           "<Bool type=\"bool\" count=\"0\" index=\"0\" value=\"false\" />");
+    expected = replaceOnce(expected, "<element0 index=\"0\" value=\"true\" />\n\t\t<element1 index=\"1\" value=\"false\" />",
+                           "<element0 index=\"0\" value=\"false\" />\n\t\t<element1 index=\"1\" value=\"true\" />");
+    EXPECT_EQ(normalizeIds(expected), normalizeIds(writeObject(&mTarget, "SampleObject", true)));
 
-    // A saved bool comes back inverted, by design.
     EXPECT_FALSE(mTarget.mBool);
-    EXPECT_FALSE(mTarget.mBoolArray[0]);
-    EXPECT_TRUE(mTarget.mBoolArray[1]);
-    // 64-bit integers keep their low 32 bits, read back as a signed value.
     EXPECT_EQ(5, mTarget.mS64);
     EXPECT_EQ(7u, mTarget.mU64);
-    EXPECT_EQ(-3, mTarget.mS64Array[0]);
-    EXPECT_EQ(~0ull, mTarget.mU64Array[1]);
-    // A u32 written as a negative number still comes back whole.
-    EXPECT_EQ(4000000000u, mTarget.mU32);
-    EXPECT_EQ(0xFFFFFFFFu, mTarget.mU32Array[1]);
-
-    EXPECT_EQ(-5, mTarget.mS8);
-    EXPECT_EQ(-300, mTarget.mS16);
-    EXPECT_EQ(-70000, mTarget.mS32);
-    EXPECT_EQ(200, mTarget.mU8);
-    EXPECT_EQ(60000, mTarget.mU16);
-    EXPECT_EQ(1.5f, mTarget.mF32);
-    EXPECT_EQ(-2.25, mTarget.mF64);
-    EXPECT_EQ(sSize(640, 480), mTarget.mSize);
-    EXPECT_EQ(sPoint(-3, 4), mTarget.mPoint);
-    EXPECT_EQ(sRect(1, 2, 30, 40), mTarget.mRect);
-    EXPECT_EQ(static_cast<unsigned int>(sColor(10, 20, 30, 255)), static_cast<unsigned int>(mTarget.mColor));
-    EXPECT_EQ(0.125f, mTarget.mColorF.a);
-    EXPECT_EQ(sTexcoord(16, 32), mTarget.mTexcoord);
-    EXPECT_EQ(sFixed(2.5f), mTarget.mFixed);
-    EXPECT_EQ(sVector(sFixed(1.5f), sFixed(-0.5f)), mTarget.mVector);
-    EXPECT_STREQ("hello_world-1.5", mTarget.mString.c_str());
-
-    EXPECT_EQ(-1, mTarget.mS8Array[1]);
-    EXPECT_EQ(65535, mTarget.mU16Array[1]);
-    EXPECT_EQ(-8.0f, mTarget.mF32Array[1]);
-    EXPECT_EQ(1e6, mTarget.mF64Array[1]);
-    EXPECT_EQ(sSize(3, 4), mTarget.mSizeArray[1]);
-    EXPECT_EQ(sPoint(-7, -8), mTarget.mPointArray[1]);
-    EXPECT_EQ(sRect(-1, -1, 0, 0), mTarget.mRectArray[1]);
-    EXPECT_EQ(252, mTarget.mColorArray[1].a);
-    EXPECT_EQ(0.25f, mTarget.mColorFArray[1].b);
-    EXPECT_EQ(sTexcoord(65535, 2), mTarget.mTexcoordArray[1]);
-    EXPECT_EQ(sFixed(100.0f), mTarget.mFixedArray[1]);
-    EXPECT_EQ(sVector(sFixed(-3.0f), sFixed(4.0f)), mTarget.mVectorArray[1]);
-    EXPECT_STREQ("beta/gamma", mTarget.mStringArray[1].c_str());
-
-    EXPECT_EQ(42, mTarget.mIndirect);
-    EXPECT_STREQ("indirect_text", mTarget.mIndirectText.c_str());
-
+    EXPECT_EQ(~0ull, mTarget.mU64Array[1]) << "-1 widened";
+    EXPECT_EQ(4000000000u, mTarget.mU32) << "written negative, back whole";
     // Stable objects are filled in place; non-stable ones are made, once.
-    EXPECT_EQ(11, mTarget.mMember.mValue);
     EXPECT_EQ(owned, mTarget.mpOwned);
-    EXPECT_EQ(12, owned->mValue);
     ASSERT_NE(nullptr, mTarget.mpSharedA);
     EXPECT_EQ(mTarget.mpSharedA, mTarget.mpSharedB);
-    EXPECT_EQ(13, mTarget.mpSharedA->mValue);
-    EXPECT_STREQ("shared", mTarget.mpSharedA->mName.c_str());
-
     // The null entry keeps its place through "list_count".
-    EXPECT_TRUE(mTarget.mEmptyList.empty());
     ASSERT_EQ(3u, mTarget.mGappedList.size());
-    EXPECT_EQ(14, static_cast<SampleLeaf*>(mTarget.mGappedList[0])->mValue);
     EXPECT_EQ(nullptr, mTarget.mGappedList[1]);
-    EXPECT_EQ(15, static_cast<SampleLeaf*>(mTarget.mGappedList[2])->mValue);
-
-    EXPECT_EQ(nullptr, mTarget.mpResource);
     EXPECT_EQ(asResource(mpTexture), mTarget.mpTexture);
     // The test's, the source's, the registry's and the target's own.
     EXPECT_EQ(4, mpTexture->getRefCount());
@@ -437,13 +394,3 @@ TEST(Persistence, ACountOfOneIsWrittenSingleAndMustBeReadWithItsCount)
     EXPECT_EQ("Value counts missmatch.\n", testing::internal::GetCapturedStderr());
 }
 
-TEST(Persistence, AFileIsReadIntoANewObjectOfTheNamedClass)
-{
-    SampleLeaf source(21, "made");
-    std::string const text = writeObject(&source, "Leaf", false);
-    ObjectBase* made = readObject(nullptr, "Leaf", text);
-    ASSERT_NE(nullptr, made);
-    ASSERT_EQ(SampleLeaf::getStaticTypeInfo(), made->getTypeInfo());
-    EXPECT_EQ(21, static_cast<SampleLeaf*>(made)->mValue);
-    delete made;
-}

@@ -4,7 +4,6 @@
 #include <map>
 #include <new>
 #include <random>
-#include <regex>
 #include <vector>
 
 #include "foundation/allocator.h"
@@ -152,18 +151,8 @@ void SampleLeaf::makePropertyList(PropertyList& list)
     list.add(new ReferenceProperty<AutoString>("Name", &mName));
 }
 
-SampleObject::SampleObject()
-    : mBool(false), mS8(0), mS16(0), mS32(0), mS64(0), mU8(0), mU16(0), mU32(0), mU64(0), mF32(0.0f), mF64(0.0),
-      mSize(0, 0), mPoint(0, 0), mRect(0, 0, 0, 0), mColor(0, 0, 0, 0), mColorF(0.0f, 0.0f, 0.0f, 0.0f),
-      mTexcoord(0, 0), mFixed(0, 0), mVector(sFixed(0, 0), sFixed(0, 0)), mString("default"),
-      mpConstString("constant"), mBoolArray(), mS8Array(), mS16Array(), mS32Array(), mS64Array(), mU8Array(),
-      mU16Array(), mU32Array(), mU64Array(), mF32Array(), mF64Array(), mSizeArray(), mPointArray(), mRectArray(),
-      mColorArray(), mColorFArray(), mTexcoordArray(), mFixedArray(), mVectorArray(), mStringArray(), mpConstStringArray(), mIndirect(0),
-      mIndirectText("indirect"), mConstStrings(true), mMember(), mpOwned(new SampleLeaf()), mpSharedA(nullptr), mpSharedB(nullptr),
-      mpResource(nullptr), mpTexture(nullptr)
+SampleObject::SampleObject() : mString("default"), mpOwned(new SampleLeaf())
 {
-    mpConstStringArray[0] = "one";
-    mpConstStringArray[1] = "two";
     mEmptyList.setContentStability(false);
     mGappedList.setContentStability(false);
 }
@@ -175,13 +164,23 @@ SampleObject::~SampleObject()
         delete mpSharedB;
     }
     delete mpSharedA;
-    if (mpResource != nullptr) {
-        linkRelease(mpResource);
-    }
-    if (mpTexture != nullptr) {
-        linkRelease(mpTexture);
+    for (ResourceBase* resource : {mpResource, mpTexture}) {
+        if (resource != nullptr) {
+            linkRelease(resource);
+        }
     }
 }
+
+namespace {
+
+template <typename T>
+void setPair(T* array, T first, T second)
+{
+    array[0] = first;
+    array[1] = second;
+}
+
+} // namespace
 
 void SampleObject::fill(ReferenceObject* texture)
 {
@@ -208,53 +207,31 @@ void SampleObject::fill(ReferenceObject* texture)
     mVector = sVector(sFixed(1.5f), sFixed(-0.5f));
     mString = "hello_world-1.5";
 
-    mBoolArray[0] = true;
-    mBoolArray[1] = false;
-    mS8Array[0] = 1;
-    mS8Array[1] = -1;
-    mS16Array[0] = 2;
-    mS16Array[1] = -2;
-    mS32Array[0] = 3;
-    mS32Array[1] = -3;
-    mS64Array[0] = -(1ll << 33) - 3;
-    mS64Array[1] = 4;
-    mU8Array[0] = 5;
-    mU8Array[1] = 255;
-    mU16Array[0] = 6;
-    mU16Array[1] = 65535;
-    mU32Array[0] = 7;
-    mU32Array[1] = 0xFFFFFFFFu;
-    mU64Array[0] = 8;
-    mU64Array[1] = ~0ull;
-    mF32Array[0] = 0.75f;
-    mF32Array[1] = -8.0f;
-    mF64Array[0] = 0.5;
-    mF64Array[1] = 1e6;
-    mSizeArray[0] = sSize(1, 2);
-    mSizeArray[1] = sSize(3, 4);
-    mPointArray[0] = sPoint(5, 6);
-    mPointArray[1] = sPoint(-7, -8);
-    mRectArray[0] = sRect(1, 1, 2, 2);
-    mRectArray[1] = sRect(-1, -1, 0, 0);
-    mColorArray[0] = sColor(1, 2, 3, 4);
-    mColorArray[1] = sColor(255, 254, 253, 252);
-    mColorFArray[0] = sColorF(0.0f, 0.5f, 0.75f, 1.0f);
-    mColorFArray[1] = sColorF(1.0f, 0.0f, 0.25f, 0.5f);
-    mTexcoordArray[0] = sTexcoord(0, 1);
-    mTexcoordArray[1] = sTexcoord(65535, 2);
-    mFixedArray[0] = sFixed(-1.25f);
-    mFixedArray[1] = sFixed(100.0f);
-    mVectorArray[0] = sVector(sFixed(0.25f), sFixed(0.5f));
-    mVectorArray[1] = sVector(sFixed(-3.0f), sFixed(4.0f));
-    mStringArray[0] = "alpha";
-    mStringArray[1] = "beta/gamma";
+    setPair(mBoolArray, true, false);
+    setPair<s8>(mS8Array, 1, -1);
+    setPair<s16>(mS16Array, 2, -2);
+    setPair<s32>(mS32Array, 3, -3);
+    setPair<s64>(mS64Array, -(1ll << 33) - 3, 4);
+    setPair<u8>(mU8Array, 5, 255);
+    setPair<u16>(mU16Array, 6, 65535);
+    setPair<u32>(mU32Array, 7, 0xFFFFFFFFu);
+    setPair<u64>(mU64Array, 8, ~0ull);
+    setPair(mF32Array, 0.75f, -8.0f);
+    setPair(mF64Array, 0.5, 1e6);
+    setPair(mSizeArray, sSize(1, 2), sSize(3, 4));
+    setPair(mPointArray, sPoint(5, 6), sPoint(-7, -8));
+    setPair(mRectArray, sRect(1, 1, 2, 2), sRect(-1, -1, 0, 0));
+    setPair(mColorArray, sColor(1, 2, 3, 4), sColor(255, 254, 253, 252));
+    setPair(mColorFArray, sColorF(0.0f, 0.5f, 0.75f, 1.0f), sColorF(1.0f, 0.0f, 0.25f, 0.5f));
+    setPair(mTexcoordArray, sTexcoord(0, 1), sTexcoord(65535, 2));
+    setPair(mFixedArray, sFixed(-1.25f), sFixed(100.0f));
+    setPair(mVectorArray, sVector(sFixed(0.25f), sFixed(0.5f)), sVector(sFixed(-3.0f), sFixed(4.0f)));
+    setPair(mStringArray, AutoString("alpha"), AutoString("beta/gamma"));
 
     mIndirect = 42;
     mIndirectText = "indirect_text";
-    mMember.mValue = 11;
-    mMember.mName = "member";
-    mpOwned->mValue = 12;
-    mpOwned->mName = "owned";
+    mMember = SampleLeaf(11, "member");
+    *mpOwned = SampleLeaf(12, "owned");
     mpSharedA = new SampleLeaf(13, "shared");
     mpSharedB = mpSharedA;
     mGappedList.addLast(new SampleLeaf(14, "first"));
@@ -264,58 +241,21 @@ void SampleObject::fill(ReferenceObject* texture)
 
 void SampleObject::makePropertyList(PropertyList& list)
 {
-    list.add(new ReferenceProperty<bool>("Bool", &mBool));
-    list.add(new ReferenceProperty<s8>("S8", &mS8));
-    list.add(new ReferenceProperty<s16>("S16", &mS16));
-    list.add(new ReferenceProperty<s32>("S32", &mS32));
-    list.add(new ReferenceProperty<s64>("S64", &mS64));
-    list.add(new ReferenceProperty<u8>("U8", &mU8));
-    list.add(new ReferenceProperty<u16>("U16", &mU16));
-    list.add(new ReferenceProperty<u32>("U32", &mU32));
-    list.add(new ReferenceProperty<u64>("U64", &mU64));
-    list.add(new ReferenceProperty<f32>("F32", &mF32));
-    list.add(new ReferenceProperty<f64>("F64", &mF64));
-    list.add(new ReferenceProperty<sSize>("Size", &mSize));
-    list.add(new ReferenceProperty<sPoint>("Point", &mPoint));
-    list.add(new ReferenceProperty<sRect>("Rect", &mRect));
-    list.add(new ReferenceProperty<sColor>("Color", &mColor));
-    list.add(new ReferenceProperty<sColorF>("ColorF", &mColorF));
-    list.add(new ReferenceProperty<sTexcoord>("Texcoord", &mTexcoord));
-    list.add(new ReferenceProperty<sFixed>("Fixed", &mFixed));
-    list.add(new ReferenceProperty<sVector>("Vector", &mVector));
-    list.add(new ReferenceProperty<AutoString>("String", &mString));
+#define SAMPLE_SINGLE(T, Name) list.add(new ReferenceProperty<T>(#Name, &m##Name));
+#define SAMPLE_ARRAY(T, Name) list.add(new ReferenceProperty<T>(#Name "Array", m##Name##Array, 2));
+    SAMPLE_VALUE_TYPES(SAMPLE_SINGLE)
     if (mConstStrings) {
         list.add(new ReferenceProperty<char const*>("ConstString", &mpConstString));
     }
-
-    list.add(new ReferenceProperty<bool>("BoolArray", mBoolArray, 2));
-    list.add(new ReferenceProperty<s8>("S8Array", mS8Array, 2));
-    list.add(new ReferenceProperty<s16>("S16Array", mS16Array, 2));
-    list.add(new ReferenceProperty<s32>("S32Array", mS32Array, 2));
-    list.add(new ReferenceProperty<s64>("S64Array", mS64Array, 2));
-    list.add(new ReferenceProperty<u8>("U8Array", mU8Array, 2));
-    list.add(new ReferenceProperty<u16>("U16Array", mU16Array, 2));
-    list.add(new ReferenceProperty<u32>("U32Array", mU32Array, 2));
-    list.add(new ReferenceProperty<u64>("U64Array", mU64Array, 2));
-    list.add(new ReferenceProperty<f32>("F32Array", mF32Array, 2));
-    list.add(new ReferenceProperty<f64>("F64Array", mF64Array, 2));
-    list.add(new ReferenceProperty<sSize>("SizeArray", mSizeArray, 2));
-    list.add(new ReferenceProperty<sPoint>("PointArray", mPointArray, 2));
-    list.add(new ReferenceProperty<sRect>("RectArray", mRectArray, 2));
-    list.add(new ReferenceProperty<sColor>("ColorArray", mColorArray, 2));
-    list.add(new ReferenceProperty<sColorF>("ColorFArray", mColorFArray, 2));
-    list.add(new ReferenceProperty<sTexcoord>("TexcoordArray", mTexcoordArray, 2));
-    list.add(new ReferenceProperty<sFixed>("FixedArray", mFixedArray, 2));
-    list.add(new ReferenceProperty<sVector>("VectorArray", mVectorArray, 2));
-    list.add(new ReferenceProperty<AutoString>("StringArray", mStringArray, 2));
+    SAMPLE_VALUE_TYPES(SAMPLE_ARRAY)
     if (mConstStrings) {
         list.add(new ReferenceProperty<char const*>("ConstStringArray", mpConstStringArray, 2));
     }
-
+#undef SAMPLE_SINGLE
+#undef SAMPLE_ARRAY
     list.add(new IndirectProperty<s32>("Indirect", this, &SampleObject::getIndirect, &SampleObject::setIndirect));
     list.add(new IndirectProperty<AutoString>("IndirectText", this, &SampleObject::getIndirectText,
                                               &SampleObject::setIndirectText));
-
     list.add(new ObjectProperty("Member", &mMember));
     list.add(new ObjectProperty("Owned", &mpOwned, true));
     list.add(new ObjectProperty("SharedA", &mpSharedA, false));
@@ -381,21 +321,26 @@ ObjectBase* readObject(ObjectBase* object, char const* rootName, std::string con
 
 std::string normalizeIds(std::string const& text)
 {
-    std::regex const pattern("id=\"(-?[0-9]+)\"");
     std::map<std::string, int> names;
     std::string result;
-    auto last = text.cbegin();
-    for (std::sregex_iterator it(text.begin(), text.end(), pattern), end; it != end; ++it) {
-        std::string const id = (*it)[1].str();
+    size_t position = 0;
+    for (;;) {
+        size_t const found = text.find(" id=\"", position);
+        if (found == std::string::npos) {
+            break;
+        }
+        size_t const start = found + 5;
+        size_t const end = text.find('"', start);
+        std::string const id = text.substr(start, end - start);
         if (names.find(id) == names.end()) {
             int const number = static_cast<int>(names.size()) + 1;
             names[id] = number;
         }
-        result.append(last, text.cbegin() + it->position());
-        result += "id=\"ID" + std::to_string(names[id]) + "\"";
-        last = text.cbegin() + it->position() + it->length();
+        result.append(text, position, start - position);
+        result += "ID" + std::to_string(names[id]);
+        position = end;
     }
-    result.append(last, text.cend());
+    result.append(text, position, std::string::npos);
     return result;
 }
 

@@ -53,6 +53,13 @@ inline ResourceBase* asResource(ReferenceObject* resource)
 void registerSampleResource(char const* path, ReferenceObject* resource);
 void clearSampleResources();
 
+// The value types with a text the reader takes back, in the order of the
+// property type codes.
+#define SAMPLE_VALUE_TYPES(X)                                                                           \
+    X(bool, Bool) X(s8, S8) X(s16, S16) X(s32, S32) X(s64, S64) X(u8, U8) X(u16, U16) X(u32, U32)     \
+    X(u64, U64) X(f32, F32) X(f64, F64) X(sSize, Size) X(sPoint, Point) X(sRect, Rect) X(sColor, Color) \
+    X(sColorF, ColorF) X(sTexcoord, Texcoord) X(sFixed, Fixed) X(sVector, Vector) X(AutoString, String)
+
 // One property of each of the 21 value types, single and as an array, an
 // indirect pair, stable and non-stable objects (one shared by two pointers),
 // an empty list, a list with a null entry, an empty and a full resource.
@@ -72,65 +79,26 @@ public:
 
     void makePropertyList(PropertyList& list) override;
 
-    bool mBool;
-    s8 mS8;
-    s16 mS16;
-    s32 mS32;
-    s64 mS64;
-    u8 mU8;
-    u16 mU16;
-    u32 mU32;
-    u64 mU64;
-    f32 mF32;
-    f64 mF64;
-    sSize mSize;
-    sPoint mPoint;
-    sRect mRect;
-    sColor mColor;
-    sColorF mColorF;
-    sTexcoord mTexcoord;
-    sFixed mFixed;
-    sVector mVector;
-    AutoString mString;
-    char const* mpConstString;
-
-    bool mBoolArray[2];
-    s8 mS8Array[2];
-    s16 mS16Array[2];
-    s32 mS32Array[2];
-    s64 mS64Array[2];
-    u8 mU8Array[2];
-    u16 mU16Array[2];
-    u32 mU32Array[2];
-    u64 mU64Array[2];
-    f32 mF32Array[2];
-    f64 mF64Array[2];
-    sSize mSizeArray[2];
-    sPoint mPointArray[2];
-    sRect mRectArray[2];
-    sColor mColorArray[2];
-    sColorF mColorFArray[2];
-    sTexcoord mTexcoordArray[2];
-    sFixed mFixedArray[2];
-    sVector mVectorArray[2];
-    AutoString mStringArray[2];
-    char const* mpConstStringArray[2];
-
-    s32 mIndirect;
-    AutoString mIndirectText;
+#define SAMPLE_FIELDS(T, Name) T m##Name = T(); T m##Name##Array[2] = {};
+    SAMPLE_VALUE_TYPES(SAMPLE_FIELDS)
+#undef SAMPLE_FIELDS
+    char const* mpConstString = "constant";
+    char const* mpConstStringArray[2] = {"one", "two"};
+    s32 mIndirect = 0;
+    AutoString mIndirectText = "indirect";
     // Whether the two const-string properties are published. Their type
     // name, "const string", holds a blank that no reader takes back, so a
     // file that is to be read leaves them out.
-    bool mConstStrings;
+    bool mConstStrings = true;
 
     SampleLeaf mMember;
-    SampleLeaf* mpOwned;   // stable: made by the constructor, filled by files
-    SampleLeaf* mpSharedA; // non-stable: made by files, shared
-    SampleLeaf* mpSharedB;
+    SampleLeaf* mpOwned;             // stable: made here, filled by files
+    SampleLeaf* mpSharedA = nullptr; // non-stable: made by files, shared
+    SampleLeaf* mpSharedB = nullptr;
     ObjectList mEmptyList;
     ObjectList mGappedList;
-    ResourceBase* mpResource; // stays empty
-    ResourceBase* mpTexture;
+    ResourceBase* mpResource = nullptr; // stays empty
+    ResourceBase* mpTexture = nullptr;
 
     DECLARE_TYPEINFO(UniqueTypeInfo<SampleObject>)
 };

@@ -38,7 +38,18 @@ std::vector<TypeInfo*> children(TypeInfo const* parent)
     return result;
 }
 
+// Each instance of a class template is a class of its own.
+template <typename T>
+class SampleKey : public ObjectBase {
+public:
+    T mParameter = T();
+    DECLARE_TYPEINFO(UniqueTypeInfo<SampleKey<T>>)
+};
+
 } // namespace
+
+IMPLEMENT_TEMPLATE_OBJECT_TYPEINFO(SampleKey<bool>, "SampleKey<bool>", "ObjectBase");
+IMPLEMENT_TEMPLATE_OBJECT_TYPEINFO(SampleKey<s32>, "SampleKey<s32>", "ObjectBase");
 
 TEST(TypeInfo, TheRootAndTheStaticRecordsFormOneTree)
 {
@@ -78,6 +89,12 @@ TEST(TypeInfo, ConcreteRecordsMakeTheirClassAbstractAndSingletonOnesNothing)
     delete list;
     EXPECT_EQ(nullptr, System::getStaticTypeInfo()->newInstance());
     EXPECT_EQ(nullptr, SystemManager::getStaticTypeInfo()->newInstance());
+
+    ObjectBase* key = TypeInfo::find("SampleKey<s32>")->newInstance();
+    ASSERT_NE(nullptr, key);
+    EXPECT_EQ(SampleKey<s32>::getStaticTypeInfo(), key->getTypeInfo());
+    EXPECT_NE(SampleKey<bool>::getStaticTypeInfo(), key->getTypeInfo());
+    delete key;
 
     ObjectBase* made = TypeInfo::find("SampleLeaf")->newInstance();
     ASSERT_NE(nullptr, made);

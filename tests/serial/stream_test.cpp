@@ -10,10 +10,10 @@
 #include "serial/xmlwriter.h"
 #include "serialtest.h"
 
-TEST(TextFileStream, HandsOutOnlyItsTextAccessor)
+TEST(FileStream, EachKindHandsOutOnlyItsOwnAccessor)
 {
     std::string const path = makeTempPath("kinds.txt");
-    writeFile(path, "x");
+    writeFile(path, std::string("ab\0\xFF", 4));
     TextFileStream text(path.c_str(), Stream::eMode_Read);
     BinaryFileStream binary(path.c_str(), Stream::eMode_Read);
     EXPECT_EQ(static_cast<TextStreamAccessor*>(&text), text.getTextAccessor());
@@ -22,30 +22,42 @@ TEST(TextFileStream, HandsOutOnlyItsTextAccessor)
     EXPECT_EQ(nullptr, binary.getTextAccessor());
     EXPECT_EQ(5u, text.getType());
     EXPECT_EQ(6u, binary.getType());
-    EXPECT_STREQ(path.c_str(), text.getFullPath());
     EXPECT_STREQ(strrchr(path.c_str(), '/') + 1, text.getFileName());
+    u8 bytes[8] = {};
+    EXPECT_EQ(4u, binary.getLength());
+    EXPECT_EQ(4u, binary.read(bytes, 8));
+    EXPECT_EQ(0xFF, bytes[3]);
 }
 
-TEST(TextFileStream, BackforwardUnreadsTheLastCharacter)
+TEST(TextFileStream, BackforwardStepsBackFromWhereverTheStreamStands)
 {
-    std::string const path = makeTempPath("chars.txt");
-    writeFile(path, "ab");
+    std::string const path = makeTempPath("steps.txt");
+    writeFile(path, "abcdef");
     TextFileStream stream(path.c_str(), Stream::eMode_Read);
     EXPECT_EQ('a', stream.getChar());
     stream.backforward();
     EXPECT_EQ('a', stream.getChar());
     EXPECT_EQ('b', stream.getChar());
-    EXPECT_FALSE(stream.eof());
-    EXPECT_EQ(-1, stream.getChar());
-    EXPECT_TRUE(stream.eof());
+    stream.backforward();
+    stream.backforward();
+    EXPECT_EQ('a', stream.getChar()) << "two steps back";
+    stream.seek(4, Stream::eOrigin_Start);
+    stream.backforward();
+    EXPECT_EQ('d', stream.getChar()) << "one step back from a seek";
+    char buffer[8];
+    EXPECT_EQ(1u, stream.read(buffer, 1));
+    stream.backforward();
+    EXPECT_EQ('e', stream.getChar()) << "one step back from a read";
 }
 
-TEST(TextFileStream, ByteFFEndsTheStreamForGood)
+TEST(TextFileStream, ByteFFEndsTheStreamForGoodAndOtherHighBytesReadSigned)
 {
     std::string const path = makeTempPath("ff.txt");
-    writeFile(path, std::string("a\xFF" "b\xE9", 4));
+    writeFile(path, "\xE9" "a\xFF" "b");
     TextFileStream stream(path.c_str(), Stream::eMode_Read);
+    EXPECT_EQ(static_cast<s8>(0xE9), stream.getChar());
     EXPECT_EQ('a', stream.getChar());
+    EXPECT_FALSE(stream.eof());
     EXPECT_EQ(-1, stream.getChar());
     EXPECT_TRUE(stream.eof());
     EXPECT_EQ(-1, stream.getChar()) << "the 'b' behind it is never read";
@@ -53,111 +65,63 @@ TEST(TextFileStream, ByteFFEndsTheStreamForGood)
     EXPECT_EQ(-1, stream.getChar()) << "seek does not clear the end flag";
 }
 
-TEST(TextFileStream, HighBytesReadAsSignedValues)
-{
-    std::string const path = makeTempPath("high.txt");
-    writeFile(path, "\xE9");
-    TextFileStream stream(path.c_str(), Stream::eMode_Read);
-    EXPECT_EQ(static_cast<s8>(0xE9), stream.getChar());
-}
-
-TEST(TextFileStream, LineReadsEndInTheEndFlagThatOnlyReadsRespect)
+TEST(TextFileStream, LineReadsComeInPiecesOf1023AndEndInTheEndFlag)
 {
     std::string const path = makeTempPath("lines.txt");
-    writeFile(path, "first\nsecond");
+    writeFile(path, "first\n" + std::string(1500, 'x'));
     TextFileStream stream(path.c_str(), Stream::eMode_Read);
     char buffer[1024];
     EXPECT_EQ(6u, stream.read(buffer, 0));
     EXPECT_STREQ("first\n", buffer);
-    EXPECT_EQ(6u, stream.read(buffer, 0));
-    EXPECT_STREQ("second", buffer);
+    EXPECT_EQ(1023u, stream.read(buffer, 0));
+    EXPECT_EQ(477u, stream.read(buffer, 0));
     EXPECT_FALSE(stream.eof());
     EXPECT_EQ(0u, stream.read(buffer, 0));
     EXPECT_TRUE(stream.eof());
-
-    EXPECT_EQ(0, stream.seek(0, Stream::eOrigin_Start));
-    EXPECT_TRUE(stream.eof());
+    EXPECT_EQ(0, stream.seek(0, Stream::eOrigin_Start)) << "seeking stays possible";
     EXPECT_EQ(0u, stream.read(buffer, 3));
     EXPECT_EQ(-1, stream.getChar());
 }
 
-TEST(TextFileStream, LongLinesComeInPiecesOf1023)
-{
-    std::string const path = makeTempPath("long.txt");
-    writeFile(path, std::string(1500, 'x'));
-    TextFileStream stream(path.c_str(), Stream::eMode_Read);
-    char buffer[1024];
-    EXPECT_EQ(1023u, stream.read(buffer, 0));
-    EXPECT_EQ(477u, stream.read(buffer, 0));
-}
-
-TEST(TextFileStream, MissingFileTracesAndReadsNothing)
+TEST(TextFileStream, AMissingFileTracesAndEveryStreamWithoutAFileAnswersNothing)
 {
     std::string const path = makeTempPath("missing/none.txt");
     testing::internal::CaptureStderr();
-    TextFileStream stream(path.c_str(), Stream::eMode_Read);
-    std::string const trace = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(std::string("File open error.\n") + strerror(ENOENT) + "\n", trace);
-    EXPECT_TRUE(stream.eof());
-    EXPECT_EQ(-1, stream.getChar());
+    TextFileStream text(path.c_str(), Stream::eMode_Read);
+    BinaryFileStream binary(path.c_str(), Stream::eMode_Read);
+    EXPECT_EQ(std::string("File open error.\n") + strerror(ENOENT) + "\n", testing::internal::GetCapturedStderr())
+        << "the binary stream stays silent";
+    EXPECT_TRUE(text.eof());
+    EXPECT_FALSE(binary.eof());
+    EXPECT_EQ(-1, text.getChar());
     char buffer[16];
-    EXPECT_EQ(0u, stream.read(buffer, 4));
-    EXPECT_EQ(0u, stream.write("abc", 0));
-    EXPECT_EQ(0u, stream.getLength());
-    EXPECT_EQ(0, stream.seek(1, Stream::eOrigin_Start));
-    stream.putChar('x');
-    stream.backforward();
+    EXPECT_EQ(0u, text.read(buffer, 4));
+    EXPECT_EQ(0u, text.write("abc", 0));
+    EXPECT_EQ(0u, text.getLength());
+    EXPECT_EQ(0, text.seek(1, Stream::eOrigin_Start));
+    EXPECT_EQ(0u, binary.read(buffer, 8));
+    EXPECT_EQ(0u, binary.write(buffer, 8));
+    EXPECT_EQ(0u, binary.getLength());
 }
 
-TEST(TextFileStream, WritesTextLineFeedsAndTabs)
+TEST(TextFileStream, WritesTextLineFeedsAndTabsAndReadsThemBack)
 {
     std::string const path = makeTempPath("write.txt");
     {
-        TextFileStream stream(path.c_str(), Stream::eMode_Write);
+        TextFileStream stream(path.c_str(), Stream::eMode_WriteRead);
         EXPECT_EQ(3u, stream.write("abc", 0));
         EXPECT_EQ(2u, stream.write("defgh", 2));
         stream.putCR();
         stream.putTab(3);
         stream.putChar('z');
+        EXPECT_EQ(0, stream.seek(1, Stream::eOrigin_Start));
+        EXPECT_EQ(10u, stream.getLength());
+        EXPECT_EQ('b', stream.getChar()) << "getLength keeps the position";
+        EXPECT_EQ(0, stream.seek(-1, Stream::eOrigin_End));
+        EXPECT_EQ('z', stream.getChar());
+        EXPECT_EQ(0, stream.seek(1, 7)) << "an unknown origin does nothing";
     }
     EXPECT_EQ("abcde\n\t\t\tz", readFile(path));
-}
-
-TEST(TextFileStream, WriteReadModeReadsBackAndKeepsThePositionAcrossGetLength)
-{
-    std::string const path = makeTempPath("rw.txt");
-    TextFileStream stream(path.c_str(), Stream::eMode_WriteRead);
-    stream.write("hello", 0);
-    EXPECT_EQ(0, stream.seek(1, Stream::eOrigin_Start));
-    EXPECT_EQ(5u, stream.getLength());
-    EXPECT_EQ('e', stream.getChar());
-    EXPECT_EQ(0, stream.seek(-1, Stream::eOrigin_End));
-    EXPECT_EQ('o', stream.getChar());
-    EXPECT_EQ(0, stream.seek(1, 7)) << "an unknown origin does nothing";
-    EXPECT_EQ(-1, stream.getChar());
-}
-
-TEST(BinaryFileStream, MovesBytesAndStaysSilentWithoutAFile)
-{
-    std::string const path = makeTempPath("data.bin");
-    {
-        BinaryFileStream stream(path.c_str(), Stream::eMode_Write);
-        u8 const bytes[] = {0, 1, 0xFF, 0x80};
-        EXPECT_EQ(4u, stream.write(bytes, 4));
-    }
-    BinaryFileStream stream(path.c_str(), Stream::eMode_Read);
-    EXPECT_EQ(4u, stream.getLength());
-    u8 bytes[8] = {};
-    EXPECT_EQ(4u, stream.read(bytes, 8));
-    EXPECT_EQ(0xFF, bytes[2]);
-
-    testing::internal::CaptureStderr();
-    BinaryFileStream missing(makeTempPath("missing/none.bin").c_str(), Stream::eMode_Read);
-    EXPECT_EQ("", testing::internal::GetCapturedStderr());
-    EXPECT_FALSE(missing.eof());
-    EXPECT_EQ(0u, missing.read(bytes, 8));
-    EXPECT_EQ(0u, missing.write(bytes, 8));
-    EXPECT_EQ(0u, missing.getLength());
 }
 
 // ---------------------------------------------------------------------------

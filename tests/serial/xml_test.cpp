@@ -83,22 +83,6 @@ TEST(XmlWriter, WritesValuesAsTheyAreEvenWhenNoReaderCanTakeThemBack)
     EXPECT_EQ("<?xml version=\"1.0\"?>\n\n<Root text=\"a b, (c)\" empty=\"\" none=\"\" />\n", writeToText(writer));
 }
 
-TEST(XmlWriter, RemembersObjectsById)
-{
-    XmlWriter writer("Root");
-    ObjectList list;
-    EXPECT_EQ(nullptr, writer.findObject(7));
-    writer.registerObject(&list, 7);
-    EXPECT_EQ(&list, writer.findObject(7));
-}
-
-TEST(XmlWriter, MayEndWithoutWriting)
-{
-    XmlWriter writer("Root");
-    writer.openTag("Child");
-    writer.closeTag();
-}
-
 TEST(XmlWriterDeathTest, FaultsOfUseAreFatal)
 {
     EXPECT_DEATH(
@@ -242,17 +226,6 @@ TEST(XmlReader, ReadNamesMissingAndUnknownClasses)
     ASSERT_NE(nullptr, made);
     EXPECT_EQ(ObjectList::getStaticTypeInfo(), made->getTypeInfo());
     delete made;
-}
-
-TEST(XmlReader, IdZeroIsNeverRemembered)
-{
-    XmlReader reader;
-    ObjectList list;
-    reader.registerObject(&list, 0);
-    EXPECT_EQ(nullptr, reader.findObject(0));
-    reader.registerObject(&list, 12);
-    reader.registerObject(nullptr, 12);
-    EXPECT_EQ(&list, reader.findObject(12)) << "the first object of an id stays";
 }
 
 TEST(XmlReader, DeepNestingIsFreedWithoutRecursion)
