@@ -13,15 +13,13 @@ APP_PID=$!
 wid=$(find_window "Harbor Application")
 sleep 1.5
 
-heaps=$(gdb -p "$APP_PID" -batch -ex 'print MemoryManager::mpInstance->mAllocators.mSize' 2>/dev/null \
-  | sed -n 's/^\$1 = \([0-9]*\).*/\1/p')
+heaps=$(timeout 30 gdb -p "$APP_PID" -batch -ex 'print MemoryManager::mpInstance->mAllocators.mSize' 2>/dev/null \
+  | sed -n 's/^\$1 = \([0-9]*\).*/\1/p' || true)
 [ -n "$heaps" ] || fail "could not read the number of heaps"
 import -window "$wid" "$shot" || fail "no screenshot"
 kill -TERM "$APP_PID"
-status=0
-wait "$APP_PID" || status=$?
-APP_PID=""
-[ "$status" -eq 0 ] || fail "exit status $status after SIGTERM"
+wait_exit
+[ "$EXIT_STATUS" -eq 0 ] || fail "exit status $EXIT_STATUS after SIGTERM"
 
 size=$(identify -format '%wx%h' "$shot")
 [ "$size" = "1024x768" ] || fail "screenshot of $size"
