@@ -73,6 +73,8 @@ public:
     void setViewport(unsigned int view, sRect const& rect) { mViews[view].mViewport = rect; }
     void setProjection(unsigned int view, sRect const& rect) { mViews[view].mProjection = rect; }
     View& getView(unsigned int view) { return mViews[view]; }
+    // makeUIList (the list of game views and their dialog) joins here with
+    // the widget toolkit.
 
 protected:
     ViewSystem();
