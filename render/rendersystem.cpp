@@ -334,7 +334,10 @@ void RenderSystem::sortCommandBuffer()
         return;
     }
 
-    JobSystem* jobs = JobSystem::getInstance();
+    // A pass over a few thousand entries takes microseconds, less than waking
+    // the workers; only a longer table is worth its fork and join per pass.
+    // The passes and their result are the same either way.
+    JobSystem* jobs = count >= kParallelSortMin ? JobSystem::getInstance() : nullptr;
     mSortCount = count;
     mSortSource = 0;
     u32 iterations = (count + 3) / 4;

@@ -101,6 +101,8 @@ public:
     static constexpr u32 kCommandEntryMax = 16384;
     static constexpr u32 kQuadMax = 4096;
     static constexpr u32 kViewNum = 7;
+    // Fewer entries are sorted on the calling thread alone.
+    static constexpr u32 kParallelSortMin = 4096;
     // Commands hold pointers: 8, not 4, on 64-bit.
     static constexpr u32 kCommandAlignment = 8;
 
