@@ -10,6 +10,8 @@
 #include "reflection/objectlist.h"
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
+#include "resource/resourcebase.h"
+#include "resource/resourcesystem.h"
 #include "serial/stream.h"
 #include "serial/xmlreader.h"
 #include "serial/xmlwriter.h"
@@ -47,13 +49,14 @@ void HarborApp::setup()
     setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
     PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x10000, "Property"));
     System::setAllocator(memory->createAllocator(0x1000000, "System"));
-    // Resources and units take theirs once they exist.
-    memory->createAllocator(0x2000000, "Resource");
+    ResourceBase::setAllocator(memory->createAllocator(0x2000000, "Resource"));
+    // Units take theirs once they exist.
     memory->createAllocator(0x1000000, "Unit");
 
     // Each System has its fixed place in this sequence; those still missing
     // join at theirs.
     manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
+    manager->addSystem(ResourceSystem::create());
     manager->addSystem(RenderSystem::create());
     // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
     manager->addSystem(HIDSystem::create());
