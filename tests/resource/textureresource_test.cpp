@@ -320,7 +320,7 @@ TEST_F(ResourceTest, DamagedFilesAreNeverReadOutOfBounds)
     GTEST_FLAG_SET(death_test_style, "fast");
 
     std::vector<sVariant> variants;
-    u32 const count = 1000;
+    u32 const count = 2000;
     addVariants(variants, eReader_TGA, restest::readSample("tga32_top.tga"), count, 1);
     addVariants(variants, eReader_TGA, restest::readSample("tga32_bottom.tga"), count, 2);
     addVariants(variants, eReader_TEX, restest::encodeTex(restest::makeTgaSample()), count, 3);
