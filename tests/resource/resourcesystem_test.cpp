@@ -1,15 +1,16 @@
 // ResourceSystem: one instance per file, the native cache made on first use,
-// new-file names, the load thread with its callbacks and cancellation, the
+// new-file names, the load thread with its callbacks and cancelling, the
 // leak report, and resource properties resolving through the system.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <map>
 #include <mutex>
 #include <thread>
 
-#include "foundation/functor.h"
+#include "app/application.h"
 #include "reflection/objectlist.h"
 #include "reflection/property.h"
 #include "render/renderobject.h"
@@ -22,128 +23,91 @@
 
 namespace {
 
-TypeInfo const* texType()
+TypeInfo const* const kTex = TextureResource::getStaticTypeInfo();
+TypeInfo const* const kTga = TextureResourceTGA::getStaticTypeInfo();
+
+TextureResource* create(std::string const& path, TypeInfo const* type = kTex)
 {
-    return TextureResource::getStaticTypeInfo();
+    return static_cast<TextureResource*>(ResourceSystem::getInstance()->createResource(path.c_str(), type));
 }
 
-TextureResource* createTexture(std::string const& path)
-{
-    return static_cast<TextureResource*>(ResourceSystem::getInstance()->createResource(path.c_str(), texType()));
-}
-
-// Counts callbacks by resource, from the load thread.
-class Collector {
-public:
+// Counts callbacks by resource; they come from the load thread.
+struct Collector {
     void loaded(ResourceBase* resource)
     {
         std::lock_guard<std::mutex> guard(mMutex);
         ++mCalls[resource];
         ++mTotal;
     }
-    int total()
-    {
-        std::lock_guard<std::mutex> guard(mMutex);
-        return mTotal;
-    }
     ResourceSystem::Callback* make() { return new Functor<Collector, ResourceBase*, void>(this, &Collector::loaded); }
+    // Waits as a frame loop would, with the update pass running meanwhile.
+    int waitFor(int count, int milliseconds = 30000)
+    {
+        for (int waited = 0; waited < milliseconds && mTotal.load() < count; waited += 5) {
+            ResourceSystem::getInstance()->update();
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        ResourceSystem::getInstance()->update();
+        return mTotal.load();
+    }
 
     std::mutex mMutex;
     std::map<ResourceBase*, int> mCalls;
-    int mTotal = 0;
+    std::atomic<int> mTotal{0};
 };
-
-// Waits as a frame loop would: the update pass runs meanwhile.
-bool waitFor(Collector& collector, int count)
-{
-    auto const limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (collector.total() < count && std::chrono::steady_clock::now() < limit) {
-        ResourceSystem::getInstance()->update();
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    ResourceSystem::getInstance()->update();
-    return collector.total() == count;
-}
 
 } // namespace
 
-TEST_F(ResourceTest, OneFileIsOneInstanceAndMissingNativeIsBuiltFromTheTga)
+TEST_F(ResourceTest, OneFileIsOneInstanceAndAMissingNativeFileIsMadeFromTheTga)
 {
-    restest::sImage const image = restest::makeTgaSample();
     restest::writeFile(intermediateFile("pic.tga"), restest::readSample("tga32_bottom.tga"));
-
-    TextureResource* first = createTexture(local("pic"));
-    TextureResource* second = createTexture(local("pic"));
+    TextureResource* first = create(local("pic"));
+    TextureResource* second = create(local("pic"));
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(first, second);
     EXPECT_EQ(first->getRefCount(), 2);
-    EXPECT_EQ(first->getTypeInfo(), texType());
-    EXPECT_STREQ(first->getPath().c_str(), ("native/" + local("pic.tex")).c_str());
-    EXPECT_EQ(first->getWidth(), 16u);
-    EXPECT_EQ(first->getHeight(), 8u);
+    EXPECT_EQ(first->getPath(), ("native/" + local("pic.tex")).c_str());
     ASSERT_NE(first->getTexture(), nullptr);
-    EXPECT_EQ(first->getTexture()->getWidth(), 16u);
-    // Only the native resource stays: the intermediate went after converting.
+    EXPECT_EQ(first->getTexture()->getHeight(), 8u);
+    // Header, then the picture top row first in RGBA; the intermediate is gone.
+    EXPECT_EQ(restest::readFile(nativeFile("pic.tex")), restest::encodeTex(restest::makeTgaSample()));
     EXPECT_EQ(ResourceSystem::getInstance()->getResources().size(), 1u);
-
-    // Header, then the picture top row first in RGBA.
-    EXPECT_EQ(restest::readFile(nativeFile("pic.tex")), restest::encodeTex(image));
-    EXPECT_FALSE(std::filesystem::exists(nativeFile("pic.tex.1.part")));
-
     first->release();
     second->release();
     EXPECT_TRUE(ResourceSystem::getInstance()->getResources().empty());
 
-    // Now from the native file alone, even with the TGA gone.
+    // The native file alone serves now.
     std::filesystem::remove(intermediateFile("pic.tga"));
-    TextureResource* again = createTexture(local("pic"));
-    ASSERT_NE(again, nullptr);
-    EXPECT_EQ(again->getHeight(), 8u);
+    TextureResource* again = create(local("pic"));
+    EXPECT_EQ(again->getWidth(), 16u);
     again->release();
 
-    ResourceSystem* system = ResourceSystem::getInstance();
-    EXPECT_EQ(system->getTypeInfoByExtension("tga"), TextureResourceTGA::getStaticTypeInfo());
-    EXPECT_EQ(system->getTypeInfoByExtension("bmp"), TextureResourceBMP::getStaticTypeInfo());
-    EXPECT_EQ(system->getTypeInfoByExtension("tex"), texType());
-    EXPECT_EQ(system->getTypeInfoByExtension("xyz"), nullptr);
-    EXPECT_EQ(system->getTypeInfoByExtension(nullptr), nullptr);
-}
-
-TEST_F(ResourceTest, MissingFilesAnswerNullOrTheUnloadedNativeObject)
-{
+    // Neither file: the intermediate class answers null, the native class
+    // its object as it stands, unloaded and outside the map.
     testing::internal::CaptureStderr();
-    ResourceBase* tga = ResourceSystem::getInstance()->createResource(local("none").c_str(),
-                                                                      TextureResourceTGA::getStaticTypeInfo());
-    // Neither file: the native object comes back as it stands, unloaded and
-    // outside the map.
-    TextureResource* tex = createTexture(local("none"));
-    std::string const traces = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(tga, nullptr);
-    EXPECT_NE(traces.find("Resource " + intermediateFile("none.tga") + " loading fail.\n"), std::string::npos);
-    ASSERT_NE(tex, nullptr);
-    EXPECT_EQ(tex->getTexture(), nullptr);
-    EXPECT_TRUE(tex->getPath().empty());
-    EXPECT_TRUE(ResourceSystem::getInstance()->getResources().empty());
-    tex->release();
+    EXPECT_EQ(create(local("none"), kTga), nullptr);
+    TextureResource* unloaded = create(local("none"));
+    EXPECT_NE(testing::internal::GetCapturedStderr().find(intermediateFile("none.tga") + " loading fail.\n"), std::string::npos);
+    EXPECT_TRUE(unloaded->getTexture() == nullptr && ResourceSystem::getInstance()->getResources().empty());
+    unloaded->release();
+    EXPECT_EQ(ResourceSystem::getInstance()->getTypeInfoByExtension("tga"), kTga);
+    EXPECT_EQ(ResourceSystem::getInstance()->getTypeInfoByExtension("xyz"), nullptr);
 }
 
 TEST_F(ResourceTest, NewResourcesTakeTheFirstFreeNewfileName)
 {
-    std::string const native = restest::root() + "native/";
+    std::string const native = Application::getInstance()->getNativePath();
     restest::writeFile(native + "newfile.tex", "x");
     restest::writeFile(native + "newfile0.tex", "x");
     ResourceSystem* system = ResourceSystem::getInstance();
-
-    ResourceBase* first = system->createResource(nullptr, texType());
-    ResourceBase* second = system->createResource(nullptr, texType());
-    ResourceBase* tga = system->createResource(nullptr, TextureResourceTGA::getStaticTypeInfo());
-    EXPECT_STREQ(first->getPath().c_str(), "native/newfile1.tex");
-    EXPECT_STREQ(second->getPath().c_str(), "native/newfile2.tex"); // the map holds newfile1
-    EXPECT_STREQ(tga->getPath().c_str(), "intermediate/newfile.tga");
-    EXPECT_EQ(system->getResources().size(), 3u);
-    first->release();
-    second->release();
-    tga->release();
+    ResourceBase* made[] = {system->createResource(nullptr, kTex), system->createResource(nullptr, kTex),
+                            system->createResource(nullptr, kTga)};
+    EXPECT_EQ(made[0]->getPath(), "native/newfile1.tex");
+    EXPECT_EQ(made[1]->getPath(), "native/newfile2.tex"); // newfile1 is in the map
+    EXPECT_EQ(made[2]->getPath(), "intermediate/newfile.tga");
+    for (ResourceBase* resource : made) {
+        resource->release();
+    }
     EXPECT_TRUE(system->getResources().empty());
     std::filesystem::remove(native + "newfile.tex");
     std::filesystem::remove(native + "newfile0.tex");
@@ -152,114 +116,76 @@ TEST_F(ResourceTest, NewResourcesTakeTheFirstFreeNewfileName)
 TEST_F(ResourceTest, AsynchronousLoadsCallBackOnceEachAndLeaveNothingBehind)
 {
     u32 const heapBefore = restest::getResourceHeap()->getUsedSize();
-    int const count = 100;
     std::vector<std::string> paths;
-    for (int i = 0; i < count; ++i) {
-        restest::sImage image{2, 1 + static_cast<u32>(i % 3), {}};
-        image.mPixels.assign(image.mWidth * image.mHeight * 4, static_cast<u8>(i));
+    for (int i = 0; i < 100; ++i) {
+        // Half are converted on the load thread, half found as native files.
         std::string const name = "t" + std::to_string(i);
-        // Half convert from a TGA on the load thread, half find their native file.
-        if (i % 2 == 0) {
-            restest::writeFile(intermediateFile((name + ".tga").c_str()), restest::encodeTga(image, true));
-        } else {
-            restest::writeFile(nativeFile((name + ".tex").c_str()), restest::encodeTex(image));
-        }
-        paths.push_back(local(name.c_str()));
+        restest::writeFile(i % 2 == 0 ? intermediateFile(name + ".tga") : nativeFile(name + ".tex"),
+                           i % 2 == 0 ? restest::readSample("tga32_top.tga") : restest::encodeTex(restest::makeBmpSample(8)));
+        paths.push_back(local(name));
     }
-    ResourceSystem* system = ResourceSystem::getInstance();
     Collector collector;
     for (std::string const& path : paths) {
-        system->createResourceAsync(path.c_str(), texType(), collector.make());
+        ResourceSystem::getInstance()->createResourceAsync(path.c_str(), kTex, collector.make());
     }
-    ASSERT_TRUE(waitFor(collector, count));
-
-    EXPECT_EQ(collector.mCalls.size(), static_cast<size_t>(count));
-    EXPECT_EQ(collector.mCalls.count(nullptr), 0u);
+    ASSERT_EQ(collector.waitFor(100), 100);
+    EXPECT_EQ(collector.mCalls.size(), 100u);
     for (auto const& entry : collector.mCalls) {
         EXPECT_EQ(entry.second, 1);
-        TextureResource* texture = static_cast<TextureResource*>(entry.first);
-        // Made on this thread by the update pass.
-        ASSERT_NE(texture->getTexture(), nullptr);
-        EXPECT_EQ(texture->getTexture()->getHeight(), texture->getHeight());
-        texture->release();
+        TextureResource* resource = static_cast<TextureResource*>(entry.first);
+        ASSERT_NE(resource->getTexture(), nullptr); // made on this thread by the update pass
+        EXPECT_EQ(resource->getTexture()->getWidth(), resource->getWidth());
+        resource->release();
     }
-    EXPECT_TRUE(system->getResources().empty());
+    EXPECT_TRUE(ResourceSystem::getInstance()->getResources().empty());
     EXPECT_EQ(restest::getResourceHeap()->getUsedSize(), heapBefore);
 }
 
 TEST_F(ResourceTest, CancelledRequestsNeverCallBack)
 {
-    for (char const* name : {"a.tga", "b.tga", "c.tga"}) {
-        restest::writeFile(intermediateFile(name), restest::readSample("tga32_top.tga"));
-    }
-    std::string const a = local("a"), b = local("b"), c = local("c");
     ResourceSystem* system = ResourceSystem::getInstance();
+    std::string const a = local("a"), b = local("b");
+    restest::writeFile(intermediateFile("a.tga"), restest::readSample("tga32_top.tga"));
+    restest::writeFile(intermediateFile("b.tga"), restest::readSample("tga32_top.tga"));
     Collector collector;
-    // Held, so that the load thread cannot take a request in between.
-    system->lock();
-    system->createResourceAsync(a.c_str(), texType(), collector.make());
-    system->createResourceAsync(b.c_str(), texType(), collector.make());
-    system->createResourceAsync(b.c_str(), TextureResourceTGA::getStaticTypeInfo(), collector.make());
-    system->createResourceAsync(c.c_str(), texType(), collector.make());
-    system->cancel(b.c_str(), texType());
-    system->cancel(b.c_str(), texType()); // passes over the cancelled entry
-    system->cancel(c.c_str(), texType());
+    system->lock(); // the load thread takes nothing meanwhile
+    system->createResourceAsync(a.c_str(), kTex, collector.make());
+    system->createResourceAsync(b.c_str(), kTex, collector.make());
+    system->createResourceAsync(b.c_str(), kTga, collector.make()); // another class: stays
+    system->cancel(b.c_str(), kTex);
+    system->cancel(b.c_str(), kTex); // passes over the cancelled entry
+    system->createResourceAsync(a.c_str(), kTex, collector.make());
     system->unlock();
-
-    ASSERT_TRUE(waitFor(collector, 2));
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    EXPECT_EQ(collector.total(), 2); // a, and b as TGA: another class
-    for (auto const& entry : collector.mCalls) {
-        ASSERT_NE(entry.first, nullptr);
-        entry.first->release();
-    }
-
+    EXPECT_EQ(collector.waitFor(3), 3);
     system->lock();
-    system->createResourceAsync(a.c_str(), texType(), collector.make());
+    system->createResourceAsync(a.c_str(), kTex, collector.make());
     system->cancelAll();
     system->unlock();
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    EXPECT_EQ(collector.total(), 2);
-}
-
-TEST_F(ResourceTest, ResourcesStillHeldAtExitAreReported)
-{
-    restest::writeFile(nativeFile("kept.tex"), restest::encodeTex(restest::makeTgaSample()));
-    TextureResource* kept = createTexture(local("kept"));
-    ASSERT_NE(kept, nullptr);
-    testing::internal::CaptureStderr();
-    ResourceSystem::getInstance()->destroy();
-    std::string const traces = testing::internal::GetCapturedStderr();
-    EXPECT_NE(traces.find("Resource leak.(native/" + local("kept.tex") + ")\n"), std::string::npos);
-    kept->release(); // reported, not deleted: its holder may still let go
+    EXPECT_EQ(collector.waitFor(4, 200), 3);
+    for (auto const& entry : collector.mCalls) {
+        for (int i = 0; i < entry.second; ++i) {
+            entry.first->release();
+        }
+    }
 }
 
 namespace {
 
 class TextureHolder : public ObjectBase {
 public:
-    ~TextureHolder() override
-    {
-        if (mpTexture != nullptr) {
-            mpTexture->release();
-        }
-    }
-    void makePropertyList(PropertyList& list) override
-    {
-        list.add(new ResourceProperty("Texture", TextureResource::getStaticTypeInfo(), &mpTexture));
-    }
+    ~TextureHolder() override { mpTexture->release(); }
+    void makePropertyList(PropertyList& list) override { list.add(new ResourceProperty("Texture", kTex, &mpTexture)); }
     ResourceBase* mpTexture = nullptr;
 };
 
 } // namespace
 
-TEST_F(ResourceTest, ResourcePropertiesResolveThroughTheSystem)
+TEST_F(ResourceTest, PropertiesResolveThroughTheSystemAndHeldResourcesAreReportedAtExit)
 {
     restest::writeFile(nativeFile("held.tex"), restest::encodeTex(restest::makeTgaSample()));
-    std::string const file = restest::root() + "native/" + mName + "/holder.xml";
-    TextureHolder saved;
-    saved.mpTexture = createTexture(local("held"));
-    ASSERT_NE(saved.mpTexture, nullptr);
+    std::string const file = nativeFile("holder.xml");
+    TextureHolder saved, loaded;
+    saved.mpTexture = create(local("held"));
     {
         TextFileStream stream(file.c_str(), Stream::eMode_Write);
         XmlWriter writer("Holder");
@@ -267,8 +193,6 @@ TEST_F(ResourceTest, ResourcePropertiesResolveThroughTheSystem)
         writer.write(&stream);
     }
     EXPECT_NE(restest::readFile(file).find("path=\"" + local("held") + "\""), std::string::npos);
-
-    TextureHolder loaded;
     {
         TextFileStream stream(file.c_str(), Stream::eMode_Read);
         XmlReader reader;
@@ -277,4 +201,9 @@ TEST_F(ResourceTest, ResourcePropertiesResolveThroughTheSystem)
     }
     EXPECT_EQ(loaded.mpTexture, saved.mpTexture);
     EXPECT_EQ(saved.mpTexture->getRefCount(), 2);
-}
+
+    testing::internal::CaptureStderr();
+    ResourceSystem::getInstance()->destroy();
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("Resource leak.(native/" + local("held.tex") + ")\n"),
+              std::string::npos);
+} // reported, not deleted: the holders release them after the system
