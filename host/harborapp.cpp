@@ -8,6 +8,7 @@
 #include "input/hidsystem.h"
 #include "jobs/jobsystem.h"
 #include "reflection/objectlist.h"
+#include "reflection/property.h"
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
 #include "resource/resourcebase.h"
@@ -53,8 +54,8 @@ void HarborApp::setup()
     // Units take theirs once they exist.
     memory->createAllocator(0x1000000, "Unit");
 
-    // Each System has its fixed place in this sequence; those still missing
-    // join at theirs.
+    // The Systems, each at its fixed place in the manager; those still
+    // missing join at theirs.
     manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
     manager->addSystem(ResourceSystem::create());
     manager->addSystem(RenderSystem::create());
@@ -62,7 +63,6 @@ void HarborApp::setup()
     manager->addSystem(HIDSystem::create());
     manager->addSystem(ViewSystem::create());
     manager->addSystem(ToolSystem::create());
-
     manager->setup();
     manager->order();
     readSettings();

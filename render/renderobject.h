@@ -53,7 +53,7 @@ private:
 
 class Texture : public RenderObject {
 public:
-    static unsigned int const kMaxSize = 1024;
+    static constexpr unsigned int kMaxSize = 1024;
 
     // No GL object; size 0.
     Texture();
@@ -69,9 +69,7 @@ public:
     unsigned int getHandle() const { return mHandle; }
     bool isRenderTarget() const { return mRenderTarget; }
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(UniqueTypeInfo<Texture>)
 
 protected:
     ~Texture() override;

@@ -15,12 +15,12 @@ class DrawContext;
 
 class ViewSystem : public System {
 public:
-    static u32 const kViewNum = 7;
-    static u32 const kGameViewFirst = 1;
-    static u32 const kGameViewLast = 4;
-    static u32 const kInterfaceView = 5;
-    static u32 const kOverlayView = 6;
-    static int const kGridPitch = 32; // world units between grid lines
+    static constexpr u32 kViewNum = 7;
+    static constexpr u32 kGameViewFirst = 1;
+    static constexpr u32 kGameViewLast = 4;
+    static constexpr u32 kInterfaceView = 5;
+    static constexpr u32 kOverlayView = 6;
+    static constexpr int kGridPitch = 32; // world units between grid lines
 
     class View : public ObjectBase {
     public:
@@ -33,8 +33,10 @@ public:
         u32 getIndex() const { return mIndex; }
         AutoString const& getName() const { return mName; }
 
-        TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-        static TypeInfo mUniqueTypeInfo;
+        // Name, Enable, Grid, Viewport, Projection.
+        void makePropertyList(PropertyList& list) override;
+
+        DECLARE_TYPEINFO(UniqueTypeInfo<View>)
 
     private:
         friend class ViewSystem;
@@ -53,9 +55,7 @@ public:
     static ViewSystem* getInstance() { return mpInstance; }
     void destroy() override;
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(TypeInfo)
 
     void setup() override;
     void preprocess() override {}

@@ -9,7 +9,7 @@
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
 
-TypeInfo ToolSystem::mUniqueTypeInfo("ToolSystem", "System", 2);
+IMPLEMENT_TYPEINFO(ToolSystem, "System", TypeInfo::eAttribute_Singleton);
 ToolSystem* ToolSystem::mpInstance = nullptr;
 
 // The records with a pointer are four bytes longer than on 32-bit, where a
@@ -93,12 +93,25 @@ void ToolSystem::destroy()
     mpInstance = nullptr;
 }
 
-ToolSystem::ToolSystem() : mpFontTexture(nullptr), mpDrawContext(nullptr), mpCommandBuffer(nullptr), mCommandReserved(0)
+ToolSystem::ToolSystem() : mToolTypeInfoList(), mpFontTexture(nullptr), mpDrawContext(nullptr), mpCommandBuffer(nullptr), mCommandReserved(0)
 {
     DEV_ASSERT(mpInstance == nullptr, "ToolSystem already instanced.");
     createFontTexture();
     setProcessEnable(true, false, true);
-    // The tool classes of the type database are listed here once tools exist.
+    // Every tool class of the type database, counted first so that the list
+    // is sized once.
+    u32 const records = TypeInfo::getDataBaseSize();
+    u32 tools = 0;
+    for (u32 i = 0; i < records; ++i) {
+        tools += TypeInfo::getTypeInfo(i)->isDerivedFrom("ToolBase") ? 1 : 0;
+    }
+    mToolTypeInfoList.reserve(tools);
+    for (u32 i = 0; i < records; ++i) {
+        TypeInfo const* type = TypeInfo::getTypeInfo(i);
+        if (type->isDerivedFrom("ToolBase")) {
+            mToolTypeInfoList.addLast(type);
+        }
+    }
     mpCommandBuffer = new InstantAllocator(kCommandBufferSize, "CommandBuffer", System::getAllocator(), true);
     DEV_TRACE("ToolSystem : start.\n");
 }
@@ -261,10 +274,10 @@ void ToolSystem::drawString(DrawContext* context, sVector const& point, char con
     }
     s64 const x = point.x.mValue;
     s64 const y = point.y.mValue;
-    s64 const width = static_cast<s64>(size) << 16;
-    s64 const clipRight = static_cast<s64>(clip.right) << 16;
-    if (x < (static_cast<s64>(clip.left) << 16) || y < (static_cast<s64>(clip.top) << 16) || x + width > clipRight ||
-        y + 2 * width > (static_cast<s64>(clip.bottom) << 16)) {
+    s64 const width = static_cast<s64>(size) * 65536;
+    s64 const clipRight = static_cast<s64>(clip.right) * 65536;
+    if (x < static_cast<s64>(clip.left) * 65536 || y < static_cast<s64>(clip.top) * 65536 || x + width > clipRight ||
+        y + 2 * width > static_cast<s64>(clip.bottom) * 65536) {
         return;
     }
     context->setTexture(mpFontTexture);
@@ -283,7 +296,7 @@ void ToolSystem::drawString(DrawContext* context, sVector const& point, char con
 void ToolSystem::drawStringRun(DrawContext* context, s64 x, s64 y, char const* text, u32 length, unsigned int size,
                                sColor color, s64 clipRight) const
 {
-    s64 const width = static_cast<s64>(size) << 16;
+    s64 const width = static_cast<s64>(size) * 65536;
     sTexturedVertex* vertex =
         static_cast<sTexturedVertex*>(context->allocateVertices(ePrimitiveType_Quad, length * 4));
     sTexturedVertex* const end = vertex + length * 4;
@@ -482,7 +495,7 @@ void ToolSystem::drawString(unsigned int viewMask, sVector const& point, char co
     memcpy(copy, text, length);
     record->mPosition = point;
     record->mpText = copy;
-    record->mSize = size;
+    record->mTextSize = size;
     record->mColor = color;
 }
 
@@ -690,7 +703,7 @@ void ToolSystem::draw(DrawContext* context)
         case eCommand_DrawString: {
             sDrawStringCommand const* c = static_cast<sDrawStringCommand const*>(header);
             context->setVertexDecl(eVertexDecl_Textured);
-            drawString(context, c->mPosition, c->mpText, c->mSize, c->mColor, sRect::Max);
+            drawString(context, c->mPosition, c->mpText, c->mTextSize, c->mColor, sRect::Max);
             break;
         }
         default:
