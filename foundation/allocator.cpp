@@ -569,7 +569,7 @@ void BlockAllocator::deallocate(void* pointer)
     }
     u8* const block = static_cast<u8*>(pointer);
     u8* const heap = static_cast<u8*>(mpHeap);
-    if (block < heap || block >= heap + mHeapSize || (block - heap) % mBlockSize != 0) {
+    if (block < heap || block >= heap + mHeapSize || static_cast<u32>(block - heap) % mBlockSize != 0) {
         dev_assert("Deallocation block does not exist.", __FILE__, __LINE__);
     }
     if (mThreadSafe) {

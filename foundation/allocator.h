@@ -12,6 +12,8 @@ class AllocatorBase {
 public:
     // Takes the region whole: from the parent when given, else from malloc.
     AllocatorBase(u32 heapSize, char const* name, AllocatorBase* parent, bool threadSafe);
+    AllocatorBase(AllocatorBase const&) = delete;
+    AllocatorBase& operator=(AllocatorBase const&) = delete;
     virtual ~AllocatorBase();
     // |size| is the size; the sign picks the end of the region.
     virtual void* allocate(int size, unsigned int alignment) = 0;

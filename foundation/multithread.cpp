@@ -84,7 +84,8 @@ bool Semaphore::wait()
 }
 
 // ---------------------------------------------------------------------------
-void SpinLock::lock()
+// Rounds of 15 tries, yielding the processor between rounds.
+void SpinLock::lockContended()
 {
     for (;;) {
         for (int i = 0; i < kSpinTries; ++i) {
@@ -98,10 +99,7 @@ void SpinLock::lock()
     }
 }
 
-void SpinLock::unlock()
-{
-    mWord.fetch_and(0, std::memory_order_release);
-}
+
 
 // ---------------------------------------------------------------------------
 Thread::Thread(u32 stackSize)

@@ -31,15 +31,79 @@ private:
     std::atomic<int> mValue;
 };
 
-// Re-entrant: the owning thread may enter again and must leave as often.
-class CriticalSection {
+class Semaphore {
 public:
-    void enter() { mMutex.lock(); }
-    bool tryEnter() { return mMutex.try_lock(); }
-    void leave() { mMutex.unlock(); }
+    Semaphore(u32 maximum, u32 initial);
+    // False when the count is already at its maximum (the signal is lost).
+    bool signal();
+    // Waits without limit; true once a count was taken.
+    bool wait();
 
 private:
-    std::recursive_mutex mMutex;
+    std::mutex mMutex;
+    std::condition_variable mCondition;
+    u32 mMaximum;
+    u32 mCount;
+};
+
+// Re-entrant: the owning thread may enter again and must leave as often.
+// An uncontended enter or leave is one atomic operation on mCount (threads
+// holding or waiting); only contention goes through the semaphore.
+class CriticalSection {
+public:
+    CriticalSection() : mCount(0), mpOwner(nullptr), mDepth(0), mSemaphore(0x7FFFFFFF, 0) {}
+
+    void enter()
+    {
+        void const* self = getThreadToken();
+        if (mpOwner.load(std::memory_order_relaxed) == self) {
+            ++mDepth;
+            return;
+        }
+        if (mCount.fetch_add(1, std::memory_order_acquire) != 0) {
+            mSemaphore.wait();
+        }
+        mpOwner.store(self, std::memory_order_relaxed);
+        mDepth = 1;
+    }
+    bool tryEnter()
+    {
+        void const* self = getThreadToken();
+        if (mpOwner.load(std::memory_order_relaxed) == self) {
+            ++mDepth;
+            return true;
+        }
+        int expected = 0;
+        if (!mCount.compare_exchange_strong(expected, 1, std::memory_order_acquire)) {
+            return false;
+        }
+        mpOwner.store(self, std::memory_order_relaxed);
+        mDepth = 1;
+        return true;
+    }
+    void leave()
+    {
+        if (--mDepth != 0) {
+            return;
+        }
+        mpOwner.store(nullptr, std::memory_order_relaxed);
+        if (mCount.fetch_sub(1, std::memory_order_release) != 1) {
+            mSemaphore.signal(); // hand over to one waiter
+        }
+    }
+
+private:
+    // One distinct address per thread.
+    static void const* getThreadToken()
+    {
+        static thread_local char sToken;
+        return &sToken;
+    }
+
+    std::atomic<int> mCount;
+    std::atomic<void const*> mpOwner;
+    int mDepth;
+    Semaphore mSemaphore;
 };
 
 // Auto-reset: one waiter takes a set() and the event is clear again.
@@ -57,29 +121,25 @@ private:
     bool mSignalled;
 };
 
-class Semaphore {
-public:
-    Semaphore(u32 maximum, u32 initial);
-    // False when the count is already at its maximum (the signal is lost).
-    bool signal();
-    // Waits without limit; true once a count was taken.
-    bool wait();
-
-private:
-    std::mutex mMutex;
-    std::condition_variable mCondition;
-    u32 mMaximum;
-    u32 mCount;
-};
-
 // For sections of a few instructions only (the block allocator's stack).
 class SpinLock {
 public:
     SpinLock() : mWord(0) {}
-    void lock();
-    void unlock();
+    // The first try is inline: an uncontended lock is one compare-and-swap.
+    void lock()
+    {
+        u32 expected = 0;
+        if (!mWord.compare_exchange_strong(expected, 4, std::memory_order_acquire)) {
+            lockContended();
+        }
+    }
+    // Clearing the word is all an atomic AND with 0 does; a release store
+    // does it without a locked instruction.
+    void unlock() { mWord.store(0, std::memory_order_release); }
 
 private:
+    void lockContended();
+
     std::atomic<u32> mWord; // 0 free, 4 held
 };
 

@@ -1,0 +1,227 @@
+#include "jobs/jobsystem.h"
+
+#include "foundation/debug.h"
+
+namespace {
+
+u32 const kJobThreadStackSize = 4096;
+// Job objects hold pointers and member-function pointers: 16, not 4, on 64-bit.
+u32 const kJobAlignment = 16;
+
+u32 clampThreadNum(u32 threadNum)
+{
+    if (threadNum < 1) {
+        return 1;
+    }
+    return threadNum > JobSystem::kJobThreadMax ? JobSystem::kJobThreadMax : threadNum;
+}
+
+} // namespace
+
+// A worker: sleeps on its semaphore, takes jobs until none is left, reports
+// its end, and sleeps again. Storage from the Systems' budget.
+class JobThread : public Thread {
+public:
+    explicit JobThread(JobSystem* jobSystem) : Thread(kJobThreadStackSize), mpJobSystem(jobSystem), mSemaphore(1, 0), mUniqueData(nullptr) {}
+    ~JobThread() override
+    {
+        terminate();
+        mSemaphore.signal();
+        waitForTermination();
+    }
+
+    static void* operator new(std::size_t size) { return System::allocate(static_cast<u32>(size)); }
+    static void operator delete(void* pointer) { System::deallocate(pointer); }
+
+    void wake() { mSemaphore.signal(); }
+    void setUniqueData(void* data) { mUniqueData = data; }
+    void* getUniqueData() const { return mUniqueData; }
+
+protected:
+    void execute() override
+    {
+        for (;;) {
+            if (!mSemaphore.wait()) {
+                DEV_ERROR("Event error.");
+            }
+            if (checkTerminateRequest()) {
+                return;
+            }
+            while (JobBase* job = mpJobSystem->getJob()) {
+                job->execute(mUniqueData);
+            }
+            mpJobSystem->endJob();
+        }
+    }
+
+private:
+    JobSystem* mpJobSystem;
+    Semaphore mSemaphore;
+    void* mUniqueData;
+};
+
+JobSystem* JobSystem::mpInstance = nullptr;
+TypeInfo JobSystem::mUniqueTypeInfo("JobSystem", "System", 2);
+
+JobSystem* JobSystem::create(u32 jobHeapSize, u32 threadNum)
+{
+    if (mpInstance == nullptr) {
+        JobSystem* instance = new JobSystem(jobHeapSize, threadNum);
+        mpInstance = instance;
+    }
+    return mpInstance;
+}
+
+void JobSystem::destroy()
+{
+    delete this;
+    mpInstance = nullptr;
+}
+
+JobSystem::JobSystem(u32 jobHeapSize, u32 threadNum)
+    : mpJobQueueEnd(mJobQueue), mpJobAllocator(nullptr), mUniqueData(nullptr), mJobThreadNum(clampThreadNum(threadNum)),
+      mJobIndex(0), mEndCount(0)
+{
+    DEV_ASSERT(mpInstance == nullptr, "JobSystem already instanced.");
+    setProcessEnable(false, false, false);
+    for (u32 i = 0; i < kJobThreadMax; ++i) {
+        mpJobThread[i] = nullptr;
+    }
+    mpJobAllocator = new InstantAllocator(jobHeapSize, "JobSystem", System::getAllocator(), true);
+    createJobThreads();
+    DEV_TRACE("JobSystem : start.\n");
+}
+
+JobSystem::~JobSystem()
+{
+    deleteJobThreads();
+    delete mpJobAllocator;
+    DEV_TRACE("JobSystem : end.\n");
+}
+
+void JobSystem::createJobThreads()
+{
+    for (u32 i = 0; i + 1 < mJobThreadNum; ++i) {
+        mpJobThread[i] = new JobThread(this);
+        mpJobThread[i]->run(); // it goes to wait on its semaphore
+    }
+}
+
+// Each worker: termination requested, woken so that it sees the request,
+// and waited for by its destructor.
+void JobSystem::deleteJobThreads()
+{
+    for (u32 i = 0; i < kJobThreadMax; ++i) {
+        delete mpJobThread[i];
+        mpJobThread[i] = nullptr;
+    }
+}
+
+void JobSystem::addJob(JobBase* job)
+{
+    if (mpJobQueueEnd < mJobQueue + kJobQueueSize) {
+        *mpJobQueueEnd++ = job;
+    }
+}
+
+void JobSystem::executeJob()
+{
+    u32 const count = getJobNum();
+    if (count == 0) {
+        return;
+    }
+    if (!isMultiThreading()) {
+        for (u32 i = 0; i < count; ++i) {
+            mJobQueue[i]->execute(mUniqueData);
+        }
+    } else {
+        u32 const active = mJobThreadNum < count ? mJobThreadNum : count;
+        for (u32 i = 0; i + 1 < active; ++i) {
+            mpJobThread[i]->wake();
+        }
+        while (JobBase* job = getJob()) {
+            job->execute(mUniqueData);
+        }
+        endJob();
+        mEndEvent.wait(0xFFFFFFFF);
+    }
+    clearJobQueue();
+    mEndCount.set(0);
+}
+
+// The single atomic index is the whole load balancing: a job goes to
+// whichever thread asks first, in queue order.
+JobBase* JobSystem::getJob()
+{
+    u32 const count = getJobNum();
+    if (count == 0) {
+        return nullptr;
+    }
+    u32 const index = static_cast<u32>(mJobIndex.increment());
+    return index < count ? mJobQueue[index] : nullptr;
+}
+
+// Whichever thread ends last, main or worker, wakes the main thread. The
+// count is read before the increment: after it the main thread may already
+// be clearing the queue.
+void JobSystem::endJob()
+{
+    u32 const count = getJobNum();
+    u32 const active = mJobThreadNum < count ? mJobThreadNum : count;
+    if (static_cast<u32>(mEndCount.increment()) == active - 1) {
+        mEndEvent.set();
+    }
+}
+
+void JobSystem::clearJobQueue()
+{
+    for (JobBase** job = mJobQueue; job < mpJobQueueEnd; ++job) {
+        (*job)->~JobBase(); // storage goes with the heap's clear()
+    }
+    mpJobQueueEnd = mJobQueue;
+    mpJobAllocator->clear();
+    mJobIndex.set(0);
+}
+
+void JobSystem::loopJob(void* loopJob)
+{
+    LoopJobBase* loop = static_cast<LoopJobBase*>(loopJob);
+    while (loop->execute()) {
+    }
+}
+
+void* JobSystem::allocateJob(u32 size)
+{
+    return mpJobAllocator->allocate(static_cast<int>(size), kJobAlignment);
+}
+
+void JobSystem::setJobThreadNum(u32 threadNum)
+{
+    threadNum = clampThreadNum(threadNum);
+    if (threadNum == mJobThreadNum) {
+        return;
+    }
+    deleteJobThreads();
+    mJobThreadNum = threadNum;
+    createJobThreads();
+}
+
+void JobSystem::setThreadUniqueData(u32 index, void* data)
+{
+    if (index >= mJobThreadNum) {
+        return;
+    }
+    if (index == 0) {
+        mUniqueData = data;
+    } else {
+        mpJobThread[index - 1]->setUniqueData(data);
+    }
+}
+
+void* JobSystem::getThreadUniqueData(u32 index) const
+{
+    if (index >= mJobThreadNum) {
+        return nullptr;
+    }
+    return index == 0 ? mUniqueData : mpJobThread[index - 1]->getUniqueData();
+}

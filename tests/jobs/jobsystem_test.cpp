@@ -1,0 +1,203 @@
+// JobSystem: batches run every queued job exactly once on the workers and the
+// calling thread; the queue bound, the batch heap, strided loops, per-thread
+// data, the thread count, and a stress run of many random batches.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include "jobs/jobsystem.h"
+
+namespace {
+
+#if defined(__SANITIZE_THREAD__)
+int const kStressBatches = 2500;
+#else
+int const kStressBatches = 10000;
+#endif
+
+// Counts how often each slot ran, and notes the thread and unique data seen.
+class Recorder {
+public:
+    Recorder() : mMarks(JobSystem::kJobQueueSize + 1) {}
+    void mark(void* user) { mMarks[reinterpret_cast<std::uintptr_t>(user)].fetch_add(1); }
+    void markIndex(int index, void*) { mMarks[static_cast<size_t>(index)].fetch_add(1); }
+    void markLong(long long index, void*) { mMarks[static_cast<size_t>(index)].fetch_add(1); }
+    void markUnique(void* user, void* uniqueData)
+    {
+        mark(user);
+        mUnique[reinterpret_cast<std::uintptr_t>(user)] = uniqueData;
+        mThread[reinterpret_cast<std::uintptr_t>(user)] = std::this_thread::get_id();
+    }
+    // Slots below count ran once, all others never; clears the marks.
+    bool ranOnce(size_t count)
+    {
+        bool ok = true;
+        for (size_t i = 0; i < mMarks.size(); ++i) {
+            ok = ok && mMarks[i].exchange(0) == (i < count ? 1 : 0);
+        }
+        return ok;
+    }
+
+    std::vector<std::atomic<int>> mMarks;
+    void* mUnique[8] = {};
+    std::thread::id mThread[8];
+};
+
+void* slot(std::uintptr_t index)
+{
+    return reinterpret_cast<void*>(index);
+}
+
+void addMarks(JobSystem* jobs, Recorder& recorder, std::uintptr_t count)
+{
+    for (std::uintptr_t i = 0; i < count; ++i) {
+        jobs->addJob(new Job<Recorder>(&recorder, &Recorder::mark, slot(i)));
+    }
+}
+
+// Reaches the protected constructor, as a second instance would.
+class SecondJobSystem : public JobSystem {
+public:
+    SecondJobSystem() : JobSystem(0x100, 1) {}
+};
+
+class JobSystemTest : public testing::Test {
+protected:
+    void TearDown() override { JobSystem::getInstance()->destroy(); }
+    Recorder mRecorder;
+};
+
+} // namespace
+
+TEST_F(JobSystemTest, SingleThreadRunsJobsInQueueOrderOnTheCaller)
+{
+    JobSystem* jobs = JobSystem::create(0x10000, 1);
+    EXPECT_FALSE(jobs->isMultiThreading());
+    struct sOrder {
+        std::vector<std::uintptr_t> mOrder;
+        void push(void* user) { mOrder.push_back(reinterpret_cast<std::uintptr_t>(user)); }
+    } order;
+    for (std::uintptr_t i = 0; i < 5; ++i) {
+        jobs->addJob(new Job<sOrder>(&order, &sOrder::push, slot(i)));
+    }
+    jobs->executeJob();
+    EXPECT_EQ((std::vector<std::uintptr_t>{0, 1, 2, 3, 4}), order.mOrder);
+    EXPECT_EQ(0u, jobs->getJobNum());
+}
+
+TEST_F(JobSystemTest, OneJobOnFourThreadsRunsOnTheCaller)
+{
+    JobSystem* jobs = JobSystem::create(0x10000, 4);
+    int data = 0;
+    jobs->setThreadUniqueData(0, &data);
+    jobs->addJob(new ThreadUniqueJob<Recorder>(&mRecorder, &Recorder::markUnique, slot(1)));
+    jobs->executeJob();
+    EXPECT_EQ(1, mRecorder.mMarks[1].load());
+    EXPECT_EQ(std::this_thread::get_id(), mRecorder.mThread[1]);
+    EXPECT_EQ(&data, mRecorder.mUnique[1]);
+}
+
+TEST_F(JobSystemTest, QueueDropsJobsBeyondTenTwentyFour)
+{
+    JobSystem* jobs = JobSystem::create(0x10000, 2);
+    addMarks(jobs, mRecorder, 1025);
+    EXPECT_EQ(1024u, jobs->getJobNum());
+    jobs->executeJob();
+    EXPECT_TRUE(mRecorder.ranOnce(1024));
+}
+
+TEST_F(JobSystemTest, BatchEndClearsTheJobHeapButAnEmptyBatchDoesNot)
+{
+    JobSystem* jobs = JobSystem::create(0x10000, 2);
+    u8* scratch = static_cast<u8*>(jobs->allocateJob(100));
+    jobs->executeJob(); // empty: returns at once, the heap keeps its data
+    EXPECT_EQ(scratch + 112, jobs->allocateJob(16));
+    addMarks(jobs, mRecorder, 1);
+    jobs->executeJob();
+    EXPECT_EQ(scratch, jobs->allocateJob(4)); // cleared with the batch
+}
+
+TEST_F(JobSystemTest, UniqueDataAndThreadCountFollowTheWorkers)
+{
+    JobSystem* jobs = JobSystem::create(0x10000, 0);
+    EXPECT_EQ(1u, jobs->getJobThreadNum());
+    jobs->setJobThreadNum(99);
+    EXPECT_EQ(16u, jobs->getJobThreadNum());
+    jobs->setJobThreadNum(3);
+    int data[3];
+    for (u32 i = 0; i < 3; ++i) {
+        jobs->setThreadUniqueData(i, &data[i]);
+        EXPECT_EQ(&data[i], jobs->getThreadUniqueData(i));
+    }
+    jobs->setThreadUniqueData(3, &data[0]); // beyond the thread count: ignored
+    EXPECT_EQ(nullptr, jobs->getThreadUniqueData(3));
+    for (std::uintptr_t i = 0; i < 8; ++i) {
+        jobs->addJob(new ThreadUniqueJob<Recorder>(&mRecorder, &Recorder::markUnique, slot(i)));
+    }
+    jobs->executeJob();
+    for (void* seen : mRecorder.mUnique) {
+        EXPECT_TRUE(seen == &data[0] || seen == &data[1] || seen == &data[2]);
+    }
+    EXPECT_TRUE(mRecorder.ranOnce(8));
+    jobs->setJobThreadNum(2); // new workers, no data
+    EXPECT_EQ(nullptr, jobs->getThreadUniqueData(1));
+    jobs->setJobThreadNum(0);
+    EXPECT_EQ(1u, jobs->getJobThreadNum());
+}
+
+TEST_F(JobSystemTest, LoopJobsTakeStridedSlices)
+{
+    JobSystem* jobs = JobSystem::create(0x10000, 4);
+    jobs->executeLoopJob(&mRecorder, &Recorder::markIndex, 0, 2, nullptr); // two loops only
+    EXPECT_TRUE(mRecorder.ranOnce(2));
+    jobs->executeLoopJob(&mRecorder, &Recorder::markLong, 0LL, 1000LL, nullptr);
+    EXPECT_TRUE(mRecorder.ranOnce(1000));
+    jobs->setJobThreadNum(1);
+    jobs->executeLoopJob(&mRecorder, &Recorder::markIndex, 3, 3, nullptr); // empty range
+    jobs->executeLoopJob(&mRecorder, &Recorder::markIndex, 0, 10, nullptr);
+    EXPECT_TRUE(mRecorder.ranOnce(10));
+}
+
+TEST_F(JobSystemTest, ManyRandomBatchesRunEachJobExactlyOnce)
+{
+    JobSystem* jobs = JobSystem::create(0x10000, std::max(2u, std::thread::hardware_concurrency()));
+    std::mt19937 random(99);
+    for (int batch = 0; batch < kStressBatches; ++batch) {
+        std::uintptr_t const count = 1 + random() % JobSystem::kJobQueueSize;
+        addMarks(jobs, mRecorder, count);
+        jobs->executeJob();
+        ASSERT_TRUE(mRecorder.ranOnce(count)) << "batch " << batch;
+    }
+}
+
+TEST_F(JobSystemTest, SingletonWithItsTraces)
+{
+    testing::internal::CaptureStderr();
+    JobSystem* jobs = JobSystem::create(0x10000, 2);
+    EXPECT_EQ(jobs, JobSystem::create(0x100, 8));
+    EXPECT_EQ(2u, jobs->getJobThreadNum());
+    EXPECT_STREQ("JobSystem", jobs->getTypeInfo()->getName());
+    EXPECT_FALSE(jobs->isPreprocessEnable() || jobs->isUpdateEnable() || jobs->isPostprocessEnable());
+    jobs->destroy();
+    EXPECT_EQ(nullptr, JobSystem::getInstance());
+    EXPECT_EQ("JobSystem : start.\nJobSystem : end.\n", testing::internal::GetCapturedStderr());
+    JobSystem::create(0x10000, 1); // for TearDown
+}
+
+TEST(JobSystemDeathTest, SecondInstanceAndExhaustedJobHeapAreFatal)
+{
+    EXPECT_DEATH(
+        {
+            JobSystem* jobs = JobSystem::create(256, 2);
+            for (int i = 0; i < 20; ++i) {
+                jobs->allocateJob(32);
+            }
+        },
+        "This allocator do not have enough memory\\.");
+    JobSystem* jobs = JobSystem::create(0x100, 1);
+    EXPECT_DEATH(new SecondJobSystem(), "JobSystem already instanced\\.");
+    jobs->destroy();
+}
