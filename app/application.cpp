@@ -10,7 +10,7 @@
 #include "foundation/utils.h"
 #include "platform/platform.h"
 
-TypeInfo Application::mUniqueTypeInfo("Application", "ObjectBase", 1);
+IMPLEMENT_TYPEINFO(Application, "ObjectBase", TypeInfo::eAttribute_Abstract);
 Application* Application::mpInstance = nullptr;
 
 namespace {

@@ -76,9 +76,7 @@ public:
     f32 getMinFrameRate() const { return mMinFrameRate; }
     f32 getMaxFrameRate() const { return mMaxFrameRate; }
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(TypeInfo)
 
 private:
     void makeRootPath();

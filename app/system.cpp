@@ -2,7 +2,7 @@
 
 #include "foundation/debug.h"
 
-TypeInfo System::mUniqueTypeInfo("System", "ObjectBase", 1);
+IMPLEMENT_TYPEINFO(System, "ObjectBase", TypeInfo::eAttribute_Abstract);
 AllocatorBase* System::mpAllocator = nullptr;
 
 System::System() : mPreprocessEnable(true), mUpdateEnable(true), mPostprocessEnable(true)

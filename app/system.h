@@ -14,9 +14,6 @@ public:
     System();
     ~System() override;
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-
     // Deletes the System and clears its class's instance pointer.
     virtual void destroy() = 0;
     virtual void preprocess() {}
@@ -51,7 +48,7 @@ public:
     static void* allocate(u32 size);
     static void deallocate(void* pointer);
 
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(TypeInfo)
 
 private:
     bool mPreprocessEnable;

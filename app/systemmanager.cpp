@@ -1,9 +1,10 @@
 #include "app/systemmanager.h"
 
 #include "foundation/debug.h"
+#include "reflection/objectlist.h"
 
 SystemManager* SystemManager::mpInstance = nullptr;
-TypeInfo SystemManager::mUniqueTypeInfo("SystemManager", "ObjectBase", 2);
+IMPLEMENT_TYPEINFO(SystemManager, "ObjectBase", TypeInfo::eAttribute_Singleton);
 
 SystemManager* SystemManager::create()
 {
@@ -35,6 +36,14 @@ SystemManager::SystemManager() : mSystems(16), mPreprocessOrder(16), mUpdateOrde
 SystemManager::~SystemManager()
 {
     DEV_TRACE("SystemManager : end.\n");
+}
+
+void SystemManager::makePropertyList(PropertyList& list)
+{
+    for (u32 i = 0; i < mSystems.size(); ++i) {
+        System* system = mSystems[i];
+        list.add(new ObjectProperty(system->getTypeInfo()->getName(), system, 1));
+    }
 }
 
 void SystemManager::setup()

@@ -30,9 +30,10 @@ public:
     void update();
     void postprocess();
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    // One object property per System, named by the System's type name.
+    void makePropertyList(PropertyList& list) override;
+
+    DECLARE_TYPEINFO(TypeInfo)
 
 protected:
     SystemManager();

@@ -3,7 +3,7 @@
 #include "foundation/debug.h"
 
 MemoryManager* MemoryManager::mpInstance = nullptr;
-TypeInfo MemoryManager::mUniqueTypeInfo("MemoryManager", "ObjectBase", 2);
+IMPLEMENT_TYPEINFO(MemoryManager, "ObjectBase", TypeInfo::eAttribute_Singleton);
 
 MemoryManager* MemoryManager::create()
 {

@@ -23,8 +23,7 @@ public:
     u32 getAllocatorNum() const { return mAllocators.size(); }
     AllocatorBase* getAllocator(u32 index) const { return mAllocators[index]; }
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(TypeInfo)
 
 protected:
     MemoryManager();

@@ -8,6 +8,9 @@
 #include "foundation/types.h"
 #include "foundation/vector.h"
 
+class ControlBase;
+class UIBase;
+
 class Utils {
 public:
     struct FileInfo {
@@ -48,6 +51,9 @@ public:
     // One FileInfo per entry, made with new, in the platform's order; the
     // caller deletes them.
     static void getFileList(Vector<FileInfo>& list, char const* path);
+    // The widget that edits what a control descriptor offers, or null. Made
+    // where the widgets live (above this folder), which only declares it.
+    static UIBase* makeUIFromControl(ControlBase* control);
 
 private:
     static char mRootPath[1024];

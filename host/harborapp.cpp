@@ -1,11 +1,24 @@
 #include "host/harborapp.h"
 
+#include <cstdio>
+
 #include "app/systemmanager.h"
 #include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
 #include "input/hidsystem.h"
+#include "jobs/jobsystem.h"
+#include "reflection/objectlist.h"
+#include "serial/stream.h"
+#include "serial/xmlreader.h"
+#include "serial/xmlwriter.h"
 
-TypeInfo HarborApp::mUniqueTypeInfo("HarborApp", "System", 2);
+IMPLEMENT_TYPEINFO(HarborApp, "System", TypeInfo::eAttribute_Singleton);
+
+namespace {
+
+char const* const kSettingsFile = "harbor.xml";
+
+} // namespace
 
 HarborApp::HarborApp(sInitializer const* initializer) : Application(initializer)
 {
@@ -14,6 +27,7 @@ HarborApp::HarborApp(sInitializer const* initializer) : Application(initializer)
 
 HarborApp::~HarborApp()
 {
+    writeSettings();
     DEV_TRACE("HarborApp end.\n");
 }
 
@@ -28,17 +42,19 @@ void HarborApp::setup()
     MemoryManager* memory = MemoryManager::getInstance();
     AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
     setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
-    // Property objects take this heap once they exist.
-    memory->createBlockAllocator(48, 0x10000, "Property");
+    PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x10000, "Property"));
     System::setAllocator(memory->createAllocator(0x1000000, "System"));
     // Resources and units take theirs once they exist.
     memory->createAllocator(0x2000000, "Resource");
     memory->createAllocator(0x1000000, "Unit");
 
+    manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
     // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
     manager->addSystem(HIDSystem::create());
+
     manager->setup();
     manager->order();
+    readSettings();
 }
 
 void HarborApp::update(float delta)
@@ -48,4 +64,38 @@ void HarborApp::update(float delta)
     manager->preprocess();
     manager->update();
     manager->postprocess();
+}
+
+void HarborApp::makePropertyList(PropertyList& list)
+{
+    SystemManager::getInstance()->makePropertyList(list);
+}
+
+// A missing file only traces: the Systems keep their defaults.
+void HarborApp::readSettings()
+{
+    char path[2048];
+    snprintf(path, sizeof(path), "%s%s", getIntermediatePath(), kSettingsFile);
+    TextFileStream stream(path, Stream::eMode_Read);
+    XmlReader reader;
+    reader.parse(&stream);
+    reader.read(this, getTypeInfo()->getName());
+}
+
+// Written beside the old file and renamed over it: a kill or crash during
+// the write leaves the previous settings whole.
+void HarborApp::writeSettings()
+{
+    if (SystemManager::getInstance() == nullptr || AutoString::getAllocator() == nullptr) {
+        return; // set up never ran
+    }
+    char path[2048];
+    snprintf(path, sizeof(path), "%s%s", getIntermediatePath(), kSettingsFile);
+    ReplacingTextFileStream stream(path);
+    XmlWriter writer(getTypeInfo()->getName());
+    ObjectBase::serialize(&writer, true, 0);
+    writer.write(&stream);
+    if (!stream.commit()) {
+        DEV_TRACE("Settings not saved: %s\n", path);
+    }
 }

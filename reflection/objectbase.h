@@ -1,17 +1,49 @@
-// ObjectBase: root of every reflected class. Minimal form for the frame spine;
-// the full base with properties, controls and XML persistence replaces it.
+// ObjectBase: the root of every reflected class. It carries no data; its
+// virtual operations let an object show its properties, controls and editing
+// widgets, and save itself to and load itself from XML through those
+// properties alone. Objects live in the global heap. Thread rules are those
+// of the object's owner.
 #pragma once
 
 #include <cstddef>
 
 #include "foundation/allocator.h"
+#include "foundation/list.h"
 #include "reflection/typeinfo.h"
+
+class ControlBase;
+class PropertyList;
+class UIBase;
+class XmlReader;
+class XmlWriter;
 
 class ObjectBase {
 public:
+    ObjectBase() {}
     virtual ~ObjectBase() {}
-    virtual TypeInfo const* getTypeInfo() const { return &mUniqueTypeInfo; }
 
+    // A class that does not override it is seen as a plain ObjectBase.
+    virtual TypeInfo const* getTypeInfo() const { return &mUniqueTypeInfo; }
+    // Appends the object's properties; nothing in the base.
+    virtual void makePropertyList(PropertyList& list);
+    // Appends control descriptors; nothing in the base.
+    virtual void makeControlList(List<ControlBase>& list);
+    // Widgets made from makeControlList, one per control that has one.
+    virtual void makeUIList(List<UIBase>& list);
+    // Attributes on the tag the caller opened, then one child per property;
+    // a non-stable object already written is written as its tag alone. index
+    // is the position in a list when an ObjectList calls; ignored here.
+    virtual void serialize(XmlWriter* writer, bool stable, unsigned int index);
+    // Reads from the open tag, driven by the object's own property list.
+    virtual void deserialize(XmlReader* reader);
+
+    void serializeProperties(XmlWriter* writer);
+    // Copies only the integer and object properties that source shares with
+    // this object by name and type; see the source for why.
+    void copyProperties(ObjectBase* source);
+
+    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
+    // "ObjectBase", no parent, listed as concrete though it makes nothing.
     static TypeInfo mUniqueTypeInfo;
 
     // Every reflected object lives in "Global". Alignment 16, not 4: on 64-bit

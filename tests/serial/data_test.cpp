@@ -1,0 +1,133 @@
+// The binary data layer: buffered reads to the end, strings, and offset tags
+// patched when the writer ends.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "serial/datareader.h"
+#include "serial/datawriter.h"
+#include "serial/stream.h"
+#include "serialtest.h"
+
+namespace {
+
+std::string writeBytes(char const* name, std::string const& bytes)
+{
+    std::string const path = makeTempPath(name);
+    writeFile(path, bytes);
+    return path;
+}
+
+} // namespace
+
+TEST(DataWriter, WritesValuesInOrderWithoutAnyHeader)
+{
+    std::string const path = makeTempPath("values.bin");
+    {
+        BinaryFileStream stream(path.c_str(), Stream::eMode_Write);
+        DataWriter writer(&stream, 16);
+        EXPECT_EQ(4u, writer.write<u32>(0x04030201));
+        EXPECT_EQ(2u, writer.write<u16>(0x0605));
+        EXPECT_EQ(3u, writer.write("abc", 3));
+        EXPECT_EQ(9u, writer.getPosition());
+        EXPECT_EQ(3u, writer.writeString("xy"));
+        EXPECT_EQ(9u, writer.getPosition()) << "strings are deliberately not counted";
+    }
+    EXPECT_EQ(std::string("\x01\x02\x03\x04\x05\x06" "abcxy\0", 12), readFile(path));
+}
+
+TEST(DataWriter, TagsArePatchedWhenTheWriterEnds)
+{
+    std::string const path = makeTempPath("tags.bin");
+    {
+        BinaryFileStream stream(path.c_str(), Stream::eMode_Write);
+        DataWriter writer(&stream, 16);
+        writer.writeTag(1);     // slot at 0, set below
+        writer.writeTag(2);     // slot at 4, never set
+        writer.write<u32>(0xAAAAAAAA);
+        writer.setTag(1);       // value 12
+        writer.writeTag(1);     // slot at 12 takes the value already set
+        writer.write<u8>(0xBB);
+    }
+    std::string const bytes = readFile(path);
+    ASSERT_EQ(17u, bytes.size());
+    u32 slots[4];
+    memcpy(slots, bytes.data(), 16);
+    EXPECT_EQ(12u, slots[0]);
+    EXPECT_EQ(0xFFFFFFFFu, slots[1]);
+    EXPECT_EQ(0xAAAAAAAAu, slots[2]);
+    EXPECT_EQ(12u, slots[3]);
+}
+
+TEST(DataWriterDeathTest, RefusesTextStreamsAndAFullTagList)
+{
+    EXPECT_DEATH(
+        {
+            TextFileStream stream(makeTempPath("text.bin").c_str(), Stream::eMode_Write);
+            DataWriter writer(&stream, 16);
+        },
+        "Stream don't have binary accessor\\.");
+    EXPECT_DEATH(
+        {
+            BinaryFileStream stream(makeTempPath("full.bin").c_str(), Stream::eMode_Write);
+            DataWriter writer(&stream, 2);
+            writer.writeTag(1);
+            writer.writeTag(2);
+            writer.writeTag(3);
+        },
+        "Tag list overflow\\.");
+    EXPECT_DEATH(
+        {
+            TextFileStream stream(makeTempPath("text.bin").c_str(), Stream::eMode_Write);
+            DataReader reader(&stream, 1024);
+        },
+        "Stream don't have binary accessor\\.");
+}
+
+TEST(DataReader, ReadsAcrossRefillsAndAnswersTheRemainderAtTheEnd)
+{
+    std::string bytes;
+    for (int i = 0; i < 50; ++i) {
+        bytes += static_cast<char>(i);
+    }
+    std::string const path = writeBytes("across.bin", bytes);
+    BinaryFileStream stream(path.c_str(), Stream::eMode_Read);
+    DataReader reader(&stream, 16);
+    EXPECT_EQ(0x03020100u, reader.read<u32>());
+    u8 buffer[64];
+    EXPECT_EQ(30u, reader.read(buffer, 30));
+    EXPECT_EQ(4, buffer[0]);
+    EXPECT_EQ(33, buffer[29]);
+    EXPECT_EQ(16u, reader.read(buffer, 64)) << "the file's remainder";
+    EXPECT_EQ(49, buffer[15]);
+    EXPECT_EQ(0u, reader.read(buffer, 4));
+}
+
+TEST(DataReader, AFileOfWholeBuffersReadsToTheEnd)
+{
+    std::string const path = writeBytes("whole.bin", std::string(32, 'x'));
+    BinaryFileStream stream(path.c_str(), Stream::eMode_Read);
+    DataReader reader(&stream, 16);
+    char buffer[64];
+    EXPECT_EQ(32u, reader.read(buffer, 64));
+    EXPECT_EQ(0u, reader.read(buffer, 1));
+}
+
+TEST(DataReader, StringsStopAtTheTerminatorOrTheBuffer)
+{
+    std::string const path = writeBytes("strings.bin", std::string("first\0second\0tail", 17));
+    BinaryFileStream stream(path.c_str(), Stream::eMode_Read);
+    DataReader reader(&stream, 4);
+    char buffer[16];
+    EXPECT_EQ(0u, reader.readString(buffer, 1)) << "size 1: only a terminator, nothing taken";
+    EXPECT_STREQ("", buffer);
+    EXPECT_EQ(6u, reader.readString(buffer, 16)) << "the terminator counts";
+    EXPECT_STREQ("first", buffer);
+    EXPECT_EQ(3u, reader.readString(buffer, 4));
+    EXPECT_STREQ("sec", buffer);
+    EXPECT_EQ(4u, reader.readString(buffer, 16));
+    EXPECT_STREQ("ond", buffer);
+    EXPECT_EQ(4u, reader.readString(buffer, 16)) << "the end of the file ends the string";
+    EXPECT_STREQ("tail", buffer);
+    EXPECT_EQ(0u, reader.readString(buffer, 16));
+}

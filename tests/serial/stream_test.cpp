@@ -1,0 +1,280 @@
+// File streams: the two accessors, the text stream's end-of-file rules, the
+// binary stream's silence, and replacing a file whole.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstring>
+
+#include "serial/stream.h"
+#include "serial/xmlreader.h"
+#include "serial/xmlwriter.h"
+#include "serialtest.h"
+
+TEST(TextFileStream, HandsOutOnlyItsTextAccessor)
+{
+    std::string const path = makeTempPath("kinds.txt");
+    writeFile(path, "x");
+    TextFileStream text(path.c_str(), Stream::eMode_Read);
+    BinaryFileStream binary(path.c_str(), Stream::eMode_Read);
+    EXPECT_EQ(static_cast<TextStreamAccessor*>(&text), text.getTextAccessor());
+    EXPECT_EQ(nullptr, text.getBinaryAccessor());
+    EXPECT_EQ(static_cast<BinaryStreamAccessor*>(&binary), binary.getBinaryAccessor());
+    EXPECT_EQ(nullptr, binary.getTextAccessor());
+    EXPECT_EQ(5u, text.getType());
+    EXPECT_EQ(6u, binary.getType());
+    EXPECT_STREQ(path.c_str(), text.getFullPath());
+    EXPECT_STREQ(strrchr(path.c_str(), '/') + 1, text.getFileName());
+}
+
+TEST(TextFileStream, BackforwardUnreadsTheLastCharacter)
+{
+    std::string const path = makeTempPath("chars.txt");
+    writeFile(path, "ab");
+    TextFileStream stream(path.c_str(), Stream::eMode_Read);
+    EXPECT_EQ('a', stream.getChar());
+    stream.backforward();
+    EXPECT_EQ('a', stream.getChar());
+    EXPECT_EQ('b', stream.getChar());
+    EXPECT_FALSE(stream.eof());
+    EXPECT_EQ(-1, stream.getChar());
+    EXPECT_TRUE(stream.eof());
+}
+
+TEST(TextFileStream, ByteFFEndsTheStreamForGood)
+{
+    std::string const path = makeTempPath("ff.txt");
+    writeFile(path, std::string("a\xFF" "b\xE9", 4));
+    TextFileStream stream(path.c_str(), Stream::eMode_Read);
+    EXPECT_EQ('a', stream.getChar());
+    EXPECT_EQ(-1, stream.getChar());
+    EXPECT_TRUE(stream.eof());
+    EXPECT_EQ(-1, stream.getChar()) << "the 'b' behind it is never read";
+    stream.seek(3, Stream::eOrigin_Start);
+    EXPECT_EQ(-1, stream.getChar()) << "seek does not clear the end flag";
+}
+
+TEST(TextFileStream, HighBytesReadAsSignedValues)
+{
+    std::string const path = makeTempPath("high.txt");
+    writeFile(path, "\xE9");
+    TextFileStream stream(path.c_str(), Stream::eMode_Read);
+    EXPECT_EQ(static_cast<s8>(0xE9), stream.getChar());
+}
+
+TEST(TextFileStream, LineReadsEndInTheEndFlagThatOnlyReadsRespect)
+{
+    std::string const path = makeTempPath("lines.txt");
+    writeFile(path, "first\nsecond");
+    TextFileStream stream(path.c_str(), Stream::eMode_Read);
+    char buffer[1024];
+    EXPECT_EQ(6u, stream.read(buffer, 0));
+    EXPECT_STREQ("first\n", buffer);
+    EXPECT_EQ(6u, stream.read(buffer, 0));
+    EXPECT_STREQ("second", buffer);
+    EXPECT_FALSE(stream.eof());
+    EXPECT_EQ(0u, stream.read(buffer, 0));
+    EXPECT_TRUE(stream.eof());
+
+    EXPECT_EQ(0, stream.seek(0, Stream::eOrigin_Start));
+    EXPECT_TRUE(stream.eof());
+    EXPECT_EQ(0u, stream.read(buffer, 3));
+    EXPECT_EQ(-1, stream.getChar());
+}
+
+TEST(TextFileStream, LongLinesComeInPiecesOf1023)
+{
+    std::string const path = makeTempPath("long.txt");
+    writeFile(path, std::string(1500, 'x'));
+    TextFileStream stream(path.c_str(), Stream::eMode_Read);
+    char buffer[1024];
+    EXPECT_EQ(1023u, stream.read(buffer, 0));
+    EXPECT_EQ(477u, stream.read(buffer, 0));
+}
+
+TEST(TextFileStream, MissingFileTracesAndReadsNothing)
+{
+    std::string const path = makeTempPath("missing/none.txt");
+    testing::internal::CaptureStderr();
+    TextFileStream stream(path.c_str(), Stream::eMode_Read);
+    std::string const trace = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::string("File open error.\n") + strerror(ENOENT) + "\n", trace);
+    EXPECT_TRUE(stream.eof());
+    EXPECT_EQ(-1, stream.getChar());
+    char buffer[16];
+    EXPECT_EQ(0u, stream.read(buffer, 4));
+    EXPECT_EQ(0u, stream.write("abc", 0));
+    EXPECT_EQ(0u, stream.getLength());
+    EXPECT_EQ(0, stream.seek(1, Stream::eOrigin_Start));
+    stream.putChar('x');
+    stream.backforward();
+}
+
+TEST(TextFileStream, WritesTextLineFeedsAndTabs)
+{
+    std::string const path = makeTempPath("write.txt");
+    {
+        TextFileStream stream(path.c_str(), Stream::eMode_Write);
+        EXPECT_EQ(3u, stream.write("abc", 0));
+        EXPECT_EQ(2u, stream.write("defgh", 2));
+        stream.putCR();
+        stream.putTab(3);
+        stream.putChar('z');
+    }
+    EXPECT_EQ("abcde\n\t\t\tz", readFile(path));
+}
+
+TEST(TextFileStream, WriteReadModeReadsBackAndKeepsThePositionAcrossGetLength)
+{
+    std::string const path = makeTempPath("rw.txt");
+    TextFileStream stream(path.c_str(), Stream::eMode_WriteRead);
+    stream.write("hello", 0);
+    EXPECT_EQ(0, stream.seek(1, Stream::eOrigin_Start));
+    EXPECT_EQ(5u, stream.getLength());
+    EXPECT_EQ('e', stream.getChar());
+    EXPECT_EQ(0, stream.seek(-1, Stream::eOrigin_End));
+    EXPECT_EQ('o', stream.getChar());
+    EXPECT_EQ(0, stream.seek(1, 7)) << "an unknown origin does nothing";
+    EXPECT_EQ(-1, stream.getChar());
+}
+
+TEST(BinaryFileStream, MovesBytesAndStaysSilentWithoutAFile)
+{
+    std::string const path = makeTempPath("data.bin");
+    {
+        BinaryFileStream stream(path.c_str(), Stream::eMode_Write);
+        u8 const bytes[] = {0, 1, 0xFF, 0x80};
+        EXPECT_EQ(4u, stream.write(bytes, 4));
+    }
+    BinaryFileStream stream(path.c_str(), Stream::eMode_Read);
+    EXPECT_EQ(4u, stream.getLength());
+    u8 bytes[8] = {};
+    EXPECT_EQ(4u, stream.read(bytes, 8));
+    EXPECT_EQ(0xFF, bytes[2]);
+
+    testing::internal::CaptureStderr();
+    BinaryFileStream missing(makeTempPath("missing/none.bin").c_str(), Stream::eMode_Read);
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    EXPECT_FALSE(missing.eof());
+    EXPECT_EQ(0u, missing.read(bytes, 8));
+    EXPECT_EQ(0u, missing.write(bytes, 8));
+    EXPECT_EQ(0u, missing.getLength());
+}
+
+// ---------------------------------------------------------------------------
+// Replacing a file whole
+
+namespace {
+
+void writeSettings(Stream* stream, char const* value)
+{
+    XmlWriter writer("Settings");
+    writer.addAttribute("value", value);
+    writer.write(stream);
+}
+
+std::string readSettingsValue(std::string const& path)
+{
+    TextFileStream stream(path.c_str(), Stream::eMode_Read);
+    XmlReader reader;
+    reader.parse(&stream);
+    if (!reader.openTag("Settings")) {
+        return "";
+    }
+    AutoString const& value = reader.getAttribute("value");
+    return value.empty() ? "" : value.c_str();
+}
+
+// Dies by SIGKILL, as from outside, once the given number of bytes went out.
+class KilledStream : public ReplacingTextFileStream {
+public:
+    KilledStream(char const* path, unsigned int budget) : ReplacingTextFileStream(path), mBudget(budget) {}
+
+    unsigned int write(char const* text, unsigned int size) override
+    {
+        unsigned int const length = (size == 0) ? static_cast<unsigned int>(strlen(text)) : size;
+        for (unsigned int i = 0; i < length; ++i) {
+            putChar(text[i]);
+        }
+        return length;
+    }
+    void putChar(char character) override
+    {
+        if (mBudget == 0) {
+            raise(SIGKILL);
+        }
+        --mBudget;
+        ReplacingTextFileStream::putChar(character);
+    }
+
+private:
+    unsigned int mBudget;
+};
+
+} // namespace
+
+TEST(ReplacingTextFileStream, CommitPutsTheNewFileInPlace)
+{
+    std::string const path = makeTempPath("settings_commit.xml");
+    writeFile(path, "<?xml version=\"1.0\"?>\n\n<Settings value=\"old\" />\n");
+    {
+        ReplacingTextFileStream stream(path.c_str());
+        writeSettings(&stream, "new");
+        EXPECT_EQ("old", readSettingsValue(path)) << "nothing changes before the commit";
+        EXPECT_TRUE(stream.commit());
+        EXPECT_FALSE(stream.commit());
+    }
+    EXPECT_EQ("new", readSettingsValue(path));
+    EXPECT_EQ("", readFile(path + ".new"));
+}
+
+TEST(ReplacingTextFileStream, WithoutCommitTheOldFileStaysAndThePartialFileGoes)
+{
+    std::string const path = makeTempPath("settings_abandon.xml");
+    writeFile(path, "<?xml version=\"1.0\"?>\n\n<Settings value=\"old\" />\n");
+    {
+        ReplacingTextFileStream stream(path.c_str());
+        writeSettings(&stream, "new");
+    }
+    EXPECT_EQ("old", readSettingsValue(path));
+    FILE* partial = fopen((path + ".new").c_str(), "r");
+    EXPECT_EQ(nullptr, partial);
+    if (partial != nullptr) {
+        fclose(partial);
+    }
+}
+
+TEST(ReplacingTextFileStream, AKillDuringTheWriteLeavesTheOldFileReadable)
+{
+    std::string const path = makeTempPath("settings_kill.xml");
+    std::string const old = "<?xml version=\"1.0\"?>\n\n<Settings value=\"old\" />\n";
+    writeFile(path, old);
+    for (unsigned int budget : {0u, 10u, 30u, 45u}) {
+        EXPECT_EXIT(
+            {
+                KilledStream stream(path.c_str(), budget);
+                writeSettings(&stream, "new_value_that_is_longer");
+                stream.commit();
+                std::_Exit(0);
+            },
+            testing::KilledBySignal(SIGKILL), "");
+        EXPECT_EQ(old, readFile(path)) << "budget " << budget;
+        EXPECT_EQ("old", readSettingsValue(path));
+    }
+    // The next save overwrites what the killed one left beside the file.
+    {
+        ReplacingTextFileStream stream(path.c_str());
+        writeSettings(&stream, "again");
+        EXPECT_TRUE(stream.commit());
+    }
+    EXPECT_EQ("again", readSettingsValue(path));
+}
+
+TEST(ReplacingTextFileStream, AFolderThatCannotHoldTheFileCommitsNothing)
+{
+    std::string const path = makeTempPath("missing/settings.xml");
+    testing::internal::CaptureStderr();
+    ReplacingTextFileStream stream(path.c_str());
+    writeSettings(&stream, "x");
+    EXPECT_FALSE(stream.commit());
+    EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("File open error."));
+}
