@@ -9,6 +9,8 @@
 #include "foundation/multithread.h"
 #include "foundation/utils.h"
 #include "platform/platform.h"
+#include "render/rendersystem.h"
+#include "render/viewsystem.h"
 
 IMPLEMENT_TYPEINFO(Application, "ObjectBase", TypeInfo::eAttribute_Abstract);
 Application* Application::mpInstance = nullptr;
@@ -325,7 +327,15 @@ void Application::handleBoundsEvent()
     }
     mWindowWidth = rect.getWidth();
     mWindowHeight = rect.getHeight();
-    // The render, view and UI systems hook in here as they arrive: reset the
-    // renderer, then viewport and projection of views 0, 5 and 6, then the
-    // UI layout.
+    if (RenderSystem* renderSystem = RenderSystem::getInstance()) {
+        renderSystem->reset();
+    }
+    if (ViewSystem* views = ViewSystem::getInstance()) {
+        unsigned int const resized[] = {0, ViewSystem::kInterfaceView, ViewSystem::kOverlayView};
+        for (unsigned int view : resized) {
+            views->setViewport(view, rect);
+            views->setProjection(view, rect);
+        }
+    }
+    // The UI layout (UISystem::resetLayout) follows here once it exists.
 }

@@ -8,9 +8,12 @@
 #include "input/hidsystem.h"
 #include "jobs/jobsystem.h"
 #include "reflection/objectlist.h"
+#include "render/rendersystem.h"
+#include "render/viewsystem.h"
 #include "serial/stream.h"
 #include "serial/xmlreader.h"
 #include "serial/xmlwriter.h"
+#include "tool/toolsystem.h"
 
 IMPLEMENT_TYPEINFO(HarborApp, "System", TypeInfo::eAttribute_Singleton);
 
@@ -48,9 +51,14 @@ void HarborApp::setup()
     memory->createAllocator(0x2000000, "Resource");
     memory->createAllocator(0x1000000, "Unit");
 
+    // Each System has its fixed place in this sequence; those still missing
+    // join at theirs.
     manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
+    manager->addSystem(RenderSystem::create());
     // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
     manager->addSystem(HIDSystem::create());
+    manager->addSystem(ViewSystem::create());
+    manager->addSystem(ToolSystem::create());
 
     manager->setup();
     manager->order();
@@ -59,11 +67,35 @@ void HarborApp::setup()
 
 void HarborApp::update(float delta)
 {
-    (void)delta;
     SystemManager* manager = SystemManager::getInstance();
     manager->preprocess();
+
+    // The overlay at the top right: frame, rates, and one line per heap.
+    if (ToolSystem* tools = ToolSystem::getInstance()) {
+        char text[256];
+        int const x = static_cast<int>(getWindowWidth()) - 192;
+        snprintf(text, sizeof(text), "Frame %d", getCurrentFrame());
+        tools->drawString(sPoint(x, 16), text, 6, sColor::White);
+        snprintf(text, sizeof(text), "FPS %4.2f(Avg. %4.2f)", static_cast<double>(getFrameRate() / delta),
+                 static_cast<double>(getAverageFrameRate()));
+        tools->drawString(sPoint(x, 28), text, 6, sColor::White);
+        MemoryManager* memory = MemoryManager::getInstance();
+        for (u32 i = 0; i < memory->getAllocatorNum(); ++i) {
+            AllocatorBase* allocator = memory->getAllocator(i);
+            u32 const used = allocator->getUsedSize();
+            u32 const heap = allocator->getHeapSize();
+            snprintf(text, sizeof(text), "%s : %08x/%08x %d%%", allocator->getName(), used, heap,
+                     static_cast<int>(used * 100u / heap));
+            tools->drawString(sPoint(x, static_cast<int>(52 + 12 * i)), text, 6, sColor::White);
+        }
+    }
+
     manager->update();
+    // UISystem::draw() comes here, between the phases.
     manager->postprocess();
+    if (RenderSystem* renderSystem = RenderSystem::getInstance()) {
+        renderSystem->executeCommand();
+    }
 }
 
 void HarborApp::makePropertyList(PropertyList& list)

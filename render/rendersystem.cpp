@@ -1,0 +1,746 @@
+#include "render/rendersystem.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "app/application.h"
+#include "foundation/debug.h"
+#include "jobs/jobsystem.h"
+#include "platform/glcontext.h"
+#include "render/drawcontext.h"
+#include "render/glfunctions.h"
+#include "render/renderobject.h"
+#include "tool/toolsystem.h"
+
+TypeInfo RenderSystem::mUniqueTypeInfo("RenderSystem", "System", 2);
+RenderSystem* RenderSystem::mpInstance = nullptr;
+
+namespace {
+
+// Blend factors and equations by mode. Mode 0 leaves blending disabled, so its
+// factors never take effect; mode 2's destination factor of zero is
+// deliberate: the source scaled by its alpha replaces what was there.
+GLenum const glfactor[] = {GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ZERO};
+GLenum const glblendeq[] = {GL_FUNC_ADD, GL_FUNC_REVERSE_SUBTRACT};
+
+struct sBlend {
+    u8 mSource;      // index into glfactor
+    u8 mDestination; // index into glfactor
+    u8 mEquation;    // index into glblendeq
+};
+
+sBlend const kBlendTable[] = {
+    {3, 2, 0}, // opaque: zero, one, add
+    {0, 1, 0}, // alpha: source alpha, one less source alpha, add
+    {0, 3, 0}, // source alpha, zero, add
+    {0, 1, 1}, // source alpha, one less source alpha, reverse subtract
+};
+static_assert(sizeof(kBlendTable) / sizeof(kBlendTable[0]) == eBlendMode_Num, "one row per blend mode");
+
+GLenum const kPrimitive[] = {GL_POINTS, GL_LINES, GL_TRIANGLES, GL_TRIANGLES};
+static_assert(sizeof(kPrimitive) / sizeof(kPrimitive[0]) == ePrimitiveType_Num, "one entry per primitive type");
+
+inline u32 keyOf(sCommand const* command)
+{
+    return command->mKey;
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------
+// Life
+
+RenderSystem* RenderSystem::create(u32 commandBufferSize)
+{
+    if (mpInstance == nullptr) {
+        RenderSystem* instance = new RenderSystem(commandBufferSize);
+        mpInstance = instance;
+    }
+    return mpInstance;
+}
+
+void RenderSystem::destroy()
+{
+    delete this;
+    mpInstance = nullptr;
+}
+
+RenderSystem::RenderSystem(u32 commandBufferSize)
+    : mContext(nullptr),
+      mFrameBuffer(0),
+      mpQuadIndices(nullptr),
+      mpDrawContexts(nullptr),
+      mDrawCount(0),
+      mpCommandAllocator(nullptr),
+      mpCommandEntry(),
+      mpSortedEntry(nullptr),
+      mEntryCount(0),
+      mBuildFrame(0),
+      mExecuteFrame(0),
+      mpSortSource(nullptr),
+      mpSortDestination(nullptr),
+      mSortCount(0),
+      mSortWidth(0)
+{
+    mContextStack.reserve(kDrawContextNum);
+    mRenderObjects.reserve(256);
+    init(commandBufferSize);
+    DEV_TRACE("RenderSystem : start.\n");
+}
+
+RenderSystem::~RenderSystem()
+{
+    cleanUp();
+}
+
+void RenderSystem::init(u32 commandBufferSize)
+{
+    DEV_TRACE("RenderSystem : initializing...\n");
+    Application* application = Application::getInstance();
+    mContext = platform::createGLContext(application != nullptr ? application->getWindowHandle() : nullptr);
+    // Without a context (no screen) the checks and the GL set-up are left
+    // out; recording and sorting are built all the same.
+    if (mContext != nullptr) {
+        char const* version = reinterpret_cast<char const*>(glGetString(GL_VERSION));
+        DEV_TRACE("RenderSystem : GL_VERSION %s.\n", version != nullptr ? version : "");
+        float number = 0.0f;
+        if (version == nullptr || sscanf(version, "%f", &number) != 1 || number < 2.0f) {
+            DEV_ERROR("This application recommanded OpenGL2.0.\n");
+        }
+        char const* extensions = reinterpret_cast<char const*>(glGetString(GL_EXTENSIONS));
+        if (!checkExtention(extensions, "GL_EXT_texture_rectangle")) {
+            DEV_ERROR("This application recommanded GL_EXT_texture_rectangle.\n");
+        }
+        if (!checkExtention(extensions, "GL_EXT_framebuffer_object")) {
+            DEV_ERROR("This application recommanded GL_EXT_framebuffer_object.\n");
+        }
+        if (!gl::loadFunctions()) {
+            DEV_ERROR("This application recommanded GL_EXT_framebuffer_object.\n");
+        }
+
+        glTexImage2D(GL_PROXY_TEXTURE_RECTANGLE_ARB, 0, GL_RGBA8, Texture::kMaxSize, Texture::kMaxSize, 0, GL_RGBA,
+                     GL_UNSIGNED_BYTE, nullptr);
+        GLint width = 0;
+        glGetTexLevelParameteriv(GL_PROXY_TEXTURE_RECTANGLE_ARB, 0, GL_TEXTURE_WIDTH, &width);
+        if (width != static_cast<GLint>(Texture::kMaxSize)) {
+            DEV_ERROR("This application recommanded texture size greater equal 1024.\n");
+        }
+
+        // The one framebuffer object that render targets are attached to.
+        gl::GenFramebuffersEXT(1, &mFrameBuffer);
+
+        sRect const window = getWindowRect();
+        glMatrixMode(GL_MODELVIEW);
+        glLoadIdentity();
+        glViewport(0, 0, static_cast<GLsizei>(window.getWidth()), static_cast<GLsizei>(window.getHeight()));
+        glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
+        glClear(GL_COLOR_BUFFER_BIT);
+    }
+
+    // Quad q is the triangles (4q, 4q+1, 4q+2) and (4q+1, 4q+2, 4q+3).
+    mpQuadIndices = static_cast<u16*>(System::allocate(kQuadMax * 6 * sizeof(u16)));
+    for (u32 quad = 0; quad < kQuadMax; ++quad) {
+        u16* index = mpQuadIndices + quad * 6;
+        u16 const base = static_cast<u16>(quad * 4);
+        index[0] = base;
+        index[1] = static_cast<u16>(base + 1);
+        index[2] = static_cast<u16>(base + 2);
+        index[3] = static_cast<u16>(base + 1);
+        index[4] = static_cast<u16>(base + 2);
+        index[5] = static_cast<u16>(base + 3);
+    }
+    mpCommandAllocator = new InstantAllocator(commandBufferSize, "CommandBuffer", System::getAllocator(), true);
+    for (u32 i = 0; i < 2; ++i) {
+        mpCommandEntry[i] = static_cast<sCommand**>(System::allocate(kCommandEntryMax * sizeof(sCommand*)));
+    }
+    mpSortedEntry = nullptr;
+
+    mpDrawContexts = new DrawContext[kDrawContextNum];
+    mBuildFrame = 0;
+    mExecuteFrame = 0;
+    DEV_TRACE("RenderSystem : initializing end.\n");
+}
+
+void RenderSystem::cleanUp()
+{
+    // Whatever has ended is past every use now.
+    mExecuteFrame = mBuildFrame + 1;
+    if (mContext != nullptr) {
+        platform::makeCurrent(mContext);
+    }
+    deleteInvalidObjects();
+    if (!mRenderObjects.empty()) {
+        dev_assert("Texture leak.", __FILE__, __LINE__);
+    }
+    if (mContext != nullptr) {
+        gl::DeleteFramebuffersEXT(1, &mFrameBuffer);
+        platform::destroyGLContext(mContext);
+        mContext = nullptr;
+    }
+    delete[] mpDrawContexts;
+    mpDrawContexts = nullptr;
+    for (u32 i = 0; i < 2; ++i) {
+        System::deallocate(mpCommandEntry[i]);
+        mpCommandEntry[i] = nullptr;
+    }
+    delete mpCommandAllocator;
+    mpCommandAllocator = nullptr;
+    System::deallocate(mpQuadIndices);
+    mpQuadIndices = nullptr;
+    DEV_TRACE("RenderSystem : end.\n");
+}
+
+void RenderSystem::setup()
+{
+    addPostprocessDependency(ToolSystem::getInstance());
+    addDestroyDependency(ToolSystem::getInstance());
+}
+
+sRect RenderSystem::getWindowRect() const
+{
+    Application const* application = Application::getInstance();
+    if (application == nullptr) {
+        return sRect::Zero;
+    }
+    return sRect(0, 0, static_cast<int>(application->getWindowWidth()), static_cast<int>(application->getWindowHeight()));
+}
+
+bool RenderSystem::checkExtention(char const* extensions, char const* name)
+{
+    bool found = false;
+    if (extensions != nullptr && name != nullptr && name[0] != '\0') {
+        size_t const length = strlen(name);
+        for (char const* hit = strstr(extensions, name); hit != nullptr; hit = strstr(hit + length, name)) {
+            // A hit counts only as a whole word: "GL_EXT_texture_rectangle"
+            // must not match a longer name that merely begins with it.
+            bool const startsWord = hit == extensions || hit[-1] == ' ';
+            char const after = hit[length];
+            if (startsWord && (after == ' ' || after == '\0')) {
+                found = true;
+                break;
+            }
+        }
+    }
+    DEV_TRACE(found ? "RenderSystem : OpenGL support %s.\n" : "RenderSystem : OpenGL unsupport %s.\n", name);
+    return found;
+}
+
+// ---------------------------------------------------------------------------
+// Recording
+
+void RenderSystem::preprocess()
+{
+    mContextStack.clear();
+    // Emptied first: each context takes its first chunk from it in init.
+    mpCommandAllocator->clear();
+    for (u32 i = 0; i < kDrawContextNum; ++i) {
+        DrawContext* context = &mpDrawContexts[i];
+        context->init();
+        context->setup();
+        mContextStack.push(context);
+    }
+    mEntryCount.set(0);
+}
+
+void RenderSystem::postprocess()
+{
+    for (u32 i = 0; i < kDrawContextNum; ++i) {
+        mpDrawContexts[i].final();
+    }
+    sCommand* end = allocateCommandBuffer(sizeof(sCommand));
+    end->mType = sCommand::eType_End;
+    end->mKey = 0xFFFFFFFFu;
+    entryCommand(end);
+    sortCommandBuffer();
+    ++mBuildFrame;
+}
+
+DrawContext* RenderSystem::popContext()
+{
+    return mContextStack.pop();
+}
+
+void RenderSystem::pushContext(DrawContext* context)
+{
+    context->flushVertices();
+    mContextStack.push(context);
+}
+
+sCommand* RenderSystem::allocateCommandBuffer(unsigned int size)
+{
+    return static_cast<sCommand*>(mpCommandAllocator->allocate(static_cast<int>(size), kCommandAlignment));
+}
+
+void RenderSystem::entryCommand(sCommand* command)
+{
+    u32 const index = static_cast<u32>(mEntryCount.increment());
+    if (index >= kCommandEntryMax) {
+        dev_assert("Command entry buffer overflow.\n", __FILE__, __LINE__);
+    }
+    mpCommandEntry[0][index] = command;
+}
+
+void RenderSystem::entryCommand(sCommand** commands, unsigned int count)
+{
+    u32 const start = static_cast<u32>(mEntryCount.add(static_cast<int>(count)));
+    // The whole block must fit, not only its first slot.
+    if (start >= kCommandEntryMax || count > kCommandEntryMax - start) {
+        dev_assert("Command entry buffer overflow.\n", __FILE__, __LINE__);
+    }
+    memcpy(mpCommandEntry[0] + start, commands, count * sizeof(sCommand*));
+}
+
+void RenderSystem::registTexture(Texture* texture)
+{
+    // Textures may come from any thread (the resource loader's, for one);
+    // the replay's walk over the list takes the same lock.
+    lock();
+    mRenderObjects.addLast(texture);
+    unlock();
+}
+
+void RenderSystem::deleteInvalidObjects()
+{
+    lock();
+    List<RenderObject>::Iterator it = mRenderObjects.begin();
+    while (it != mRenderObjects.end()) {
+        RenderObject* object = *it;
+        object->unprotect(mExecuteFrame);
+        if (!object->isValid()) {
+            it = mRenderObjects.remove(it);
+            delete object;
+        } else {
+            ++it;
+        }
+    }
+    unlock();
+}
+
+// ---------------------------------------------------------------------------
+// Sorting: a merge sort on the keys over the two entry arrays. Each pass is
+// one batch of loop jobs over disjoint ranges; passes are joined by the batch.
+
+void RenderSystem::sortCommandBuffer()
+{
+    u32 const count = static_cast<u32>(mEntryCount.get());
+    sCommand** const first = mpCommandEntry[0];
+    sCommand** const second = mpCommandEntry[1];
+    if (count <= 4) {
+        sortCommandEach4(second, first, count);
+        mpSortedEntry = second;
+        return;
+    }
+
+    JobSystem* jobs = JobSystem::getInstance();
+    mSortCount = count;
+    mpSortSource = first;
+    mpSortDestination = second;
+    u32 iterations = (count + 3) / 4;
+    if (jobs != nullptr) {
+        jobs->executeLoopJob(this, &RenderSystem::sortCommandJob4, 0u, iterations, nullptr);
+    } else {
+        for (u32 i = 0; i < iterations; ++i) {
+            sortCommandJob4(i, nullptr);
+        }
+    }
+
+    for (u32 width = 8; width / 2 < count; width *= 2) {
+        sCommand** const source = mpSortDestination;
+        mpSortDestination = mpSortSource;
+        mpSortSource = source;
+        mSortWidth = width;
+        iterations = (count + width - 1) / width;
+        if (jobs != nullptr) {
+            jobs->executeLoopJob(this, &RenderSystem::sortCommandJob, 0u, iterations, nullptr);
+        } else {
+            for (u32 i = 0; i < iterations; ++i) {
+                sortCommandJob(i, nullptr);
+            }
+        }
+    }
+    mpSortedEntry = mpSortDestination;
+}
+
+void RenderSystem::sortCommandJob4(u32 index, void*)
+{
+    u32 const start = index * 4;
+    u32 const rest = mSortCount - start;
+    sortCommandEach4(mpSortDestination + start, mpSortSource + start, rest < 4 ? rest : 4);
+}
+
+void RenderSystem::sortCommandJob(u32 index, void*)
+{
+    u32 const start = index * mSortWidth;
+    sortCommandEach(mpSortDestination + start, mpSortSource + start, mSortWidth, mSortCount - start);
+}
+
+// A fixed network of neighbour exchanges, each swapping only on a strictly
+// greater key, so that equal keys keep their order.
+void RenderSystem::sortCommandEach4(sCommand** destination, sCommand** source, u32 remaining)
+{
+    sCommand* entry[4];
+    u32 key[4];
+    for (u32 i = 0; i < remaining; ++i) {
+        entry[i] = source[i];
+        key[i] = keyOf(entry[i]);
+    }
+    auto exchange = [&](u32 a, u32 b) {
+        if (key[a] > key[b]) {
+            u32 const k = key[a];
+            key[a] = key[b];
+            key[b] = k;
+            sCommand* const e = entry[a];
+            entry[a] = entry[b];
+            entry[b] = e;
+        }
+    };
+    switch (remaining) {
+    case 4:
+        exchange(0, 1);
+        exchange(2, 3);
+        exchange(1, 2);
+        exchange(0, 1);
+        exchange(2, 3);
+        exchange(1, 2);
+        break;
+    case 3:
+        exchange(0, 1);
+        exchange(1, 2);
+        exchange(0, 1);
+        break;
+    case 2:
+        exchange(0, 1);
+        break;
+    default:
+        break;
+    }
+    for (u32 i = 0; i < remaining; ++i) {
+        destination[i] = entry[i];
+    }
+}
+
+void RenderSystem::sortCommandEach(sCommand** destination, sCommand** source, u32 width, u32 remaining)
+{
+    u32 const half = width / 2;
+    if (remaining <= half) {
+        memcpy(destination, source, remaining * sizeof(sCommand*));
+        return;
+    }
+    sCommand** left = source;
+    sCommand** const leftEnd = source + half;
+    sCommand** right = leftEnd;
+    sCommand** const rightEnd = source + (remaining < width ? remaining : width);
+    u32 leftKey = keyOf(*left);
+    u32 rightKey = keyOf(*right);
+    for (;;) {
+        // The left run wins a tie: the right one only on a strictly smaller key.
+        if (leftKey > rightKey) {
+            *destination++ = *right++;
+            if (right == rightEnd) {
+                memcpy(destination, left, static_cast<size_t>(leftEnd - left) * sizeof(sCommand*));
+                return;
+            }
+            rightKey = keyOf(*right);
+        } else {
+            *destination++ = *left++;
+            if (left == leftEnd) {
+                memcpy(destination, right, static_cast<size_t>(rightEnd - right) * sizeof(sCommand*));
+                return;
+            }
+            leftKey = keyOf(*left);
+        }
+    }
+}
+
+// ---------------------------------------------------------------------------
+// Replay
+
+void RenderSystem::executeCommand()
+{
+    sRect const window = getWindowRect();
+    sRect viewport = window;
+    sRect scissor = window;
+    sRect projection = window;
+    sRect clip = window;
+    Texture* target = nullptr;
+    Texture* texture = nullptr;
+    u32 blend = 0;
+    u32 filtering = 2; // unknown
+    u32 combine = 2;   // unknown
+    bool const gl = mContext != nullptr;
+
+    if (gl) {
+        beginScene();
+        setViewport(viewport, clip);
+        setScissor(scissor, clip);
+        setProjection(projection);
+    }
+    mDrawCount = 0;
+
+    for (sCommand* const* entry = mpSortedEntry; entry != nullptr && (*entry)->mType != sCommand::eType_End; ++entry) {
+        sCommand* const command = *entry;
+        if (command->mType == sCommand::eType_Clear) {
+            sClearCommand const* clearCommand = static_cast<sClearCommand const*>(command);
+            if (clearCommand->mpTarget != target) {
+                target = clearCommand->mpTarget;
+                clip = target != nullptr
+                           ? sRect(0, 0, static_cast<int>(target->getWidth()), static_cast<int>(target->getHeight()))
+                           : window;
+                if (gl) {
+                    setRenderTarget(target);
+                    setViewport(viewport, clip);
+                    setScissor(scissor, clip);
+                }
+            }
+            if (gl) {
+                clear(clearCommand->mColor, clearCommand->mRect, clip);
+            }
+            continue;
+        }
+
+        sDrawCommand const* draw = static_cast<sDrawCommand const*>(command);
+        // A draw changes the target without the clip: the first command
+        // into a target is expected to be its clear.
+        if (draw->mpTarget != target) {
+            target = draw->mpTarget;
+            if (target != nullptr && !target->isRenderTarget()) {
+                dev_assert("Invalid texture.", __FILE__, __LINE__);
+            }
+            if (gl) {
+                setRenderTarget(target);
+            }
+        }
+        u32 const blendMode = draw->getBlendMode();
+        if (blendMode != blend) {
+            if (gl) {
+                setBlendMode(blendMode, blend);
+            }
+            blend = blendMode;
+        }
+        if (draw->isTextured()) {
+            bool changed = false;
+            if (draw->mpTexture != texture) {
+                texture = draw->mpTexture;
+                changed = true;
+                if (gl) {
+                    setTexture(texture, target);
+                }
+            }
+            if (texture != nullptr) {
+                u32 const textureFiltering = draw->getTextureFiltering();
+                if (changed || textureFiltering != filtering) {
+                    filtering = textureFiltering;
+                    if (gl) {
+                        setTextureFiltering(filtering);
+                    }
+                }
+                u32 const combineMode = draw->getTextureCombineMode();
+                if (changed || combineMode != combine) {
+                    combine = combineMode;
+                    if (gl) {
+                        setTextureCombineMode(combine);
+                    }
+                }
+            }
+        } else if (texture != nullptr) {
+            texture = nullptr;
+            if (gl) {
+                setTexture(nullptr, target);
+            }
+        }
+        if (draw->mViewport != viewport) {
+            viewport = draw->mViewport;
+            if (gl) {
+                setViewport(viewport, clip);
+            }
+        }
+        if (draw->mScissor != scissor) {
+            scissor = draw->mScissor;
+            if (gl) {
+                setScissor(scissor, clip);
+            }
+        }
+        if (draw->mProjection != projection) {
+            projection = draw->mProjection;
+            if (gl) {
+                setProjection(projection);
+            }
+        }
+        if (gl) {
+            drawVertices(draw->getPrimitiveType(), draw->getVertexCount(), draw->isTextured(), draw->mpVertices);
+        }
+        ++mDrawCount;
+    }
+
+    if (gl) {
+        endScene();
+    }
+    deleteInvalidObjects();
+    ++mExecuteFrame;
+}
+
+void RenderSystem::reset()
+{
+    if (mContext == nullptr) {
+        return;
+    }
+    platform::makeCurrent(mContext);
+    platform::updateContext(mContext);
+    sRect const window = getWindowRect();
+    GLsizei const width = static_cast<GLsizei>(window.getWidth());
+    GLsizei const height = static_cast<GLsizei>(window.getHeight());
+    glViewport(0, 0, width, height);
+    glScissor(0, 0, width, height);
+    glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
+    glClear(GL_COLOR_BUFFER_BIT);
+}
+
+void RenderSystem::beginScene()
+{
+    // The picture finished last frame becomes visible now.
+    platform::swapBuffers(mContext);
+    platform::makeCurrent(mContext);
+    // A frame may have ended with a render target bound.
+    gl::BindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+    glEnable(GL_SCISSOR_TEST);
+    glDisable(GL_CULL_FACE);
+    glDisable(GL_LIGHTING);
+    glDisable(GL_BLEND);
+    glDisable(GL_TEXTURE_2D);
+    glDisable(GL_TEXTURE_RECTANGLE_ARB);
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glEnableClientState(GL_COLOR_ARRAY);
+    glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+    glBlendFunc(GL_ONE, GL_ZERO);
+    sRect const window = getWindowRect();
+    glScissor(0, 0, static_cast<GLsizei>(window.getWidth()), static_cast<GLsizei>(window.getHeight()));
+    glClearColor(0.3f, 0.3f, 0.3f, 0.0f);
+    glClear(GL_COLOR_BUFFER_BIT);
+}
+
+void RenderSystem::endScene()
+{
+    glFlush();
+}
+
+void RenderSystem::setBlendMode(u32 mode, u32 previous)
+{
+    if (previous == 0) {
+        glEnable(GL_BLEND);
+    } else if (mode == 0) {
+        glDisable(GL_BLEND);
+    }
+    sBlend const& blend = kBlendTable[mode];
+    glBlendFunc(glfactor[blend.mSource], glfactor[blend.mDestination]);
+    gl::BlendEquation(glblendeq[blend.mEquation]);
+}
+
+void RenderSystem::setTexture(Texture* texture, Texture* target)
+{
+    if (texture != nullptr) {
+        // No texture is read while it is drawn to.
+        if (texture == target) {
+            gl::BindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+        }
+        texture->bind();
+    } else {
+        glDisable(GL_TEXTURE_2D);
+        glDisable(GL_TEXTURE_RECTANGLE_ARB);
+    }
+}
+
+void RenderSystem::setRenderTarget(Texture* texture)
+{
+    if (texture != nullptr) {
+        if (!texture->isRenderTarget()) {
+            dev_assert("Invalid texture.", __FILE__, __LINE__);
+        }
+        gl::BindFramebufferEXT(GL_FRAMEBUFFER_EXT, mFrameBuffer);
+        // Targets are rectangle textures, and are attached as such.
+        gl::FramebufferTexture2DEXT(GL_FRAMEBUFFER_EXT, GL_COLOR_ATTACHMENT0_EXT, GL_TEXTURE_RECTANGLE_ARB,
+                                    texture->getHandle(), 0);
+    } else {
+        gl::BindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+    }
+}
+
+void RenderSystem::setTextureFiltering(u32 mode)
+{
+    GLint const filter = mode != 0 ? GL_LINEAR : GL_NEAREST;
+    glTexParameteri(GL_TEXTURE_RECTANGLE_ARB, GL_TEXTURE_MAG_FILTER, filter);
+    glTexParameteri(GL_TEXTURE_RECTANGLE_ARB, GL_TEXTURE_MIN_FILTER, filter);
+}
+
+void RenderSystem::setTextureCombineMode(u32 mode)
+{
+    glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, mode != 0 ? GL_ADD : GL_MODULATE);
+}
+
+// Rectangles are y down from the top; GL counts y up from the bottom of the
+// clip (the window or the target texture).
+void RenderSystem::setViewport(sRect const& rect, sRect const& clip)
+{
+    sRect const area = rect & clip;
+    glViewport(area.left, static_cast<GLint>(clip.getHeight()) - area.bottom, static_cast<GLsizei>(area.getWidth()),
+               static_cast<GLsizei>(area.getHeight()));
+}
+
+void RenderSystem::setScissor(sRect const& rect, sRect const& clip)
+{
+    sRect const area = rect & clip;
+    glScissor(area.left, static_cast<GLint>(clip.getHeight()) - area.bottom, static_cast<GLsizei>(area.getWidth()),
+              static_cast<GLsizei>(area.getHeight()));
+}
+
+void RenderSystem::setProjection(sRect const& rect)
+{
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    // Bottom and top swapped against GL's habit: y grows downward.
+    glOrtho(rect.left, rect.right, rect.bottom, rect.top, 0.0, 1.0);
+}
+
+void RenderSystem::clear(sColor color, sRect const& rect, sRect const& clip)
+{
+    sColorF const value(color);
+    glClearColor(value.r, value.g, value.b, value.a);
+    GLint box[4];
+    glGetIntegerv(GL_SCISSOR_BOX, box);
+    GLint const x = rect.left;
+    GLint const y = static_cast<GLint>(clip.getHeight()) - rect.bottom;
+    GLint const width = static_cast<GLint>(rect.getWidth());
+    GLint const height = static_cast<GLint>(rect.getHeight());
+    if (box[0] == x && box[1] == y && box[2] == width && box[3] == height) {
+        glClear(GL_COLOR_BUFFER_BIT);
+        return;
+    }
+    // Clear only where the rectangle and the current scissor box overlap.
+    GLint const left = x > box[0] ? x : box[0];
+    GLint const bottom = y > box[1] ? y : box[1];
+    GLint const right = (x + width) < (box[0] + box[2]) ? (x + width) : (box[0] + box[2]);
+    GLint const top = (y + height) < (box[1] + box[3]) ? (y + height) : (box[1] + box[3]);
+    if (left < right && bottom < top) {
+        glScissor(left, bottom, right - left, top - bottom);
+        glClear(GL_COLOR_BUFFER_BIT);
+    }
+    glScissor(box[0], box[1], box[2], box[3]);
+}
+
+void RenderSystem::drawVertices(u32 primitive, u32 count, bool textured, void* vertices)
+{
+    u8 const* base = static_cast<u8 const*>(vertices);
+    GLsizei const stride = textured ? sizeof(sOutputTexturedVertex) : sizeof(sOutputVertex);
+    glVertexPointer(3, GL_FLOAT, stride, base);
+    glColorPointer(4, GL_UNSIGNED_BYTE, stride, base + 12);
+    if (textured) {
+        glTexCoordPointer(2, GL_SHORT, stride, base + 16);
+        glEnableClientState(GL_TEXTURE_COORD_ARRAY);
+    } else {
+        glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+    }
+    if (primitive == ePrimitiveType_Quad) {
+        glDrawElements(GL_TRIANGLES, static_cast<GLsizei>((count / 4) * 6), GL_UNSIGNED_SHORT, mpQuadIndices);
+    } else {
+        glDrawArrays(kPrimitive[primitive], 0, static_cast<GLsizei>(count));
+    }
+}

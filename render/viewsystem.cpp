@@ -1,0 +1,142 @@
+#include "render/viewsystem.h"
+
+#include "foundation/debug.h"
+#include "render/drawcontext.h"
+#include "render/rendersystem.h"
+#include "tool/toolsystem.h"
+
+TypeInfo ViewSystem::mUniqueTypeInfo("ViewSystem", "System", 2);
+TypeInfo ViewSystem::View::mUniqueTypeInfo("View", "ObjectBase", 0);
+ViewSystem* ViewSystem::mpInstance = nullptr;
+
+// ---------------------------------------------------------------------------
+// View
+
+ViewSystem::View::View() : mEnable(false), mGrid(false), mIndex(0)
+{
+    sRect const window = RenderSystem::getInstance() != nullptr ? RenderSystem::getInstance()->getWindowRect() : sRect::Zero;
+    mViewport = window;
+    mProjection = window;
+}
+
+void ViewSystem::View::draw(DrawContext* context)
+{
+    context->setView(mIndex);
+    context->setViewport(mViewport);
+    context->setScissorRect(mViewport);
+    context->setProjectionRect(mProjection);
+
+    // Units of this view (UnitSystem::draw) and the widgets that live in the
+    // scene (UISystem's draw with the context) come here, in that order,
+    // once those Systems exist.
+
+    if (mGrid) {
+        drawGrid(context);
+    }
+    if (ToolSystem* tools = ToolSystem::getInstance()) {
+        tools->draw(context);
+    }
+}
+
+// Black lines every 32 world units over the projection, on the last level.
+void ViewSystem::View::drawGrid(DrawContext* context)
+{
+    context->setDrawLevel(16383, 0); // masked to 4095, the last level
+    context->setVertexDecl(eVertexDecl_Plain);
+    context->setBlendMode(eBlendMode_Opaque);
+    sRect const& area = mProjection;
+    int const columns = (area.right - area.left - kGridPitch) / kGridPitch;
+    int const rows = (area.bottom - area.top - kGridPitch) / kGridPitch;
+    int const count = (columns + rows) * 2;
+    if (columns < 0 || rows < 0 || count <= 0) {
+        return;
+    }
+    DrawContext::sVertex* vertex =
+        static_cast<DrawContext::sVertex*>(context->allocateVertices(ePrimitiveType_Line, static_cast<unsigned int>(count)));
+    DrawContext::sVertex* const end = vertex + count;
+    sColor const black = sColor::Black;
+    // The count decides: a size that is no multiple of the pitch has room for
+    // one line less than the walk would reach.
+    for (int x = area.left + kGridPitch; x < area.right && vertex != end; x += kGridPitch) {
+        vertex[0].mPosition = sVector(sFixed(x, 16), sFixed(area.top, 16));
+        vertex[0].mColor = black;
+        vertex[1].mPosition = sVector(sFixed(x, 16), sFixed(area.bottom, 16));
+        vertex[1].mColor = black;
+        vertex += 2;
+    }
+    for (int y = area.top + kGridPitch; y < area.bottom && vertex != end; y += kGridPitch) {
+        vertex[0].mPosition = sVector(sFixed(area.left, 16), sFixed(y, 16));
+        vertex[0].mColor = black;
+        vertex[1].mPosition = sVector(sFixed(area.right, 16), sFixed(y, 16));
+        vertex[1].mColor = black;
+        vertex += 2;
+    }
+    // Whatever the walks left over draws nothing.
+    while (vertex != end) {
+        vertex->mPosition = sVector(sFixed::Zero, sFixed::Zero);
+        vertex->mColor = sColor(0, 0, 0, 0);
+        ++vertex;
+    }
+}
+
+// ---------------------------------------------------------------------------
+// ViewSystem
+
+ViewSystem* ViewSystem::create()
+{
+    if (mpInstance == nullptr) {
+        ViewSystem* instance = new ViewSystem();
+        mpInstance = instance;
+    }
+    return mpInstance;
+}
+
+void ViewSystem::destroy()
+{
+    delete this;
+    mpInstance = nullptr;
+}
+
+ViewSystem::ViewSystem()
+{
+    // The text names JobSystem; it stands as it is.
+    DEV_ASSERT(mpInstance == nullptr, "JobSystem already instanced.");
+    for (u32 i = 0; i < kViewNum; ++i) {
+        mViews[i].mIndex = i;
+    }
+    for (u32 i = kGameViewFirst; i <= kGameViewLast; ++i) {
+        View& view = mViews[i];
+        view.mName.format("GAME%d", static_cast<int>(i - kGameViewFirst));
+        // World (0, 0) at the centre of the view.
+        sRect& projection = view.mProjection;
+        projection.translateRel(sPoint(-static_cast<int>(projection.getWidth() / 2), -static_cast<int>(projection.getHeight() / 2)));
+    }
+    mViews[0].mEnable = true;
+    mViews[1].mEnable = true;
+    mViews[kInterfaceView].mEnable = true;
+    mViews[kOverlayView].mEnable = true;
+    DEV_TRACE("ViewSystem : start.\n");
+}
+
+ViewSystem::~ViewSystem()
+{
+    DEV_TRACE("ViewSystem : end.\n");
+}
+
+void ViewSystem::setup()
+{
+    // Game views update after the units have: addUpdateDependency on
+    // UnitSystem once it exists.
+}
+
+void ViewSystem::update()
+{
+    RenderSystem* renderSystem = RenderSystem::getInstance();
+    DrawContext* context = renderSystem->popContext();
+    for (u32 i = kGameViewFirst; i <= kGameViewLast; ++i) {
+        if (mViews[i].mEnable) {
+            mViews[i].draw(context);
+        }
+    }
+    renderSystem->pushContext(context);
+}

@@ -1,0 +1,85 @@
+// ViewSystem: the fixed table of seven views. A view is a number, a viewport
+// (where on the window) and a projection (which world rectangle it shows);
+// the number is also the top four bits of every sort key, so views are drawn
+// in the order of their numbers. Views 1 to 4 are the game views, drawn here
+// each frame; 0, 5 (interface) and 6 (overlay) are addressed by others.
+// Main thread; the views' rectangles are read by drawing jobs.
+#pragma once
+
+#include "app/system.h"
+#include "foundation/autostring.h"
+#include "foundation/types.h"
+#include "reflection/objectbase.h"
+
+class DrawContext;
+
+class ViewSystem : public System {
+public:
+    static u32 const kViewNum = 7;
+    static u32 const kGameViewFirst = 1;
+    static u32 const kGameViewLast = 4;
+    static u32 const kInterfaceView = 5;
+    static u32 const kOverlayView = 6;
+    static int const kGridPitch = 32; // world units between grid lines
+
+    class View : public ObjectBase {
+    public:
+        View();
+
+        // One pass of this view: units, widgets in the scene, the grid, and
+        // the tools' recorded drawing, all through the same view state.
+        void draw(DrawContext* context);
+
+        u32 getIndex() const { return mIndex; }
+        AutoString const& getName() const { return mName; }
+
+        TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
+        static TypeInfo mUniqueTypeInfo;
+
+    private:
+        friend class ViewSystem;
+
+        void drawGrid(DrawContext* context);
+
+        AutoString mName;
+        bool mEnable;
+        bool mGrid;
+        sRect mViewport;
+        sRect mProjection;
+        u32 mIndex;
+    };
+
+    static ViewSystem* create();
+    static ViewSystem* getInstance() { return mpInstance; }
+    void destroy() override;
+
+    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
+    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
+    static TypeInfo mUniqueTypeInfo;
+
+    void setup() override;
+    void preprocess() override {}
+    // Draws the enabled game views, 1 to 4 in order, through one context.
+    void update() override;
+    void postprocess() override {}
+
+    bool getEnable(unsigned int view) const { return mViews[view].mEnable; }
+    void setEnable(unsigned int view, bool enable) { mViews[view].mEnable = enable; }
+    bool getGrid(unsigned int view) const { return mViews[view].mGrid; }
+    void setGrid(unsigned int view, bool grid) { mViews[view].mGrid = grid; }
+    sRect getViewport(unsigned int view) const { return mViews[view].mViewport; }
+    sRect getProjection(unsigned int view) const { return mViews[view].mProjection; }
+    // The window's bounds event sets views 0, 5 and 6 to the new size.
+    void setViewport(unsigned int view, sRect const& rect) { mViews[view].mViewport = rect; }
+    void setProjection(unsigned int view, sRect const& rect) { mViews[view].mProjection = rect; }
+    View& getView(unsigned int view) { return mViews[view]; }
+
+protected:
+    ViewSystem();
+    ~ViewSystem() override;
+
+private:
+    View mViews[kViewNum];
+
+    static ViewSystem* mpInstance;
+};
