@@ -14,6 +14,8 @@
 #include "serial/xmlreader.h"
 #include "serial/xmlwriter.h"
 #include "tool/toolsystem.h"
+#include "unit/unitbase.h"
+#include "unit/unitsystem.h"
 
 IMPLEMENT_TYPEINFO(HarborApp, "System", TypeInfo::eAttribute_Singleton);
 
@@ -47,14 +49,15 @@ void HarborApp::setup()
     setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
     PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x10000, "Property"));
     System::setAllocator(memory->createAllocator(0x1000000, "System"));
-    // Resources and units take theirs once they exist.
+    // Resources take theirs once they exist.
     memory->createAllocator(0x2000000, "Resource");
-    memory->createAllocator(0x1000000, "Unit");
+    UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
 
     // Each System has its fixed place in this sequence; those still missing
     // join at theirs.
     manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
     manager->addSystem(RenderSystem::create());
+    manager->addSystem(UnitSystem::create());
     // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
     manager->addSystem(HIDSystem::create());
     manager->addSystem(ViewSystem::create());
