@@ -1,0 +1,366 @@
+// ObjectList: ownership by stability, its property pairs, and its own XML
+// form with both stabilities and their traces.
+#include <gtest/gtest.h>
+
+#include "reflectiontest.h"
+
+namespace {
+
+// Counts its destructions, to see who deletes what.
+class Counted : public SampleLeaf {
+public:
+    Counted() {}
+    Counted(s32 value, int* deaths) : SampleLeaf(value, "counted"), mpDeaths(deaths) {}
+    ~Counted() override
+    {
+        if (mpDeaths != nullptr) {
+            ++*mpDeaths;
+        }
+    }
+    int* mpDeaths = nullptr;
+};
+
+// A list member, published as a stable object property.
+class ListHolder : public ObjectBase {
+public:
+    explicit ListHolder(bool stableContents) { mList.setContentStability(stableContents); }
+    void makePropertyList(PropertyList& list) override { list.add(new ObjectProperty("List", &mList)); }
+    ObjectList mList;
+};
+
+std::string readTraces(ObjectBase* object, std::string const& text)
+{
+    testing::internal::CaptureStderr();
+    readObject(object, "Holder", text);
+    return testing::internal::GetCapturedStderr();
+}
+
+} // namespace
+
+TEST(ObjectList, OwnsItsElementsOnlyWithNonStableContents)
+{
+    int deaths = 0;
+    Counted kept(1, &deaths);
+    {
+        ObjectList stable;
+        EXPECT_TRUE(stable.getContentStability());
+        stable.addLast(&kept);
+        stable.setCount(2);
+        EXPECT_EQ(0, deaths) << "a stable list forgets without deleting";
+        EXPECT_EQ(2u, stable.size());
+        EXPECT_EQ(nullptr, stable[0]);
+    }
+    EXPECT_EQ(0, deaths);
+
+    {
+        ObjectList owning;
+        owning.setContentStability(false);
+        owning.addLast(new Counted(1, &deaths));
+        owning.addLast(new Counted(2, &deaths));
+        owning.setCount(3);
+        EXPECT_EQ(2, deaths);
+        EXPECT_EQ(3u, owning.size());
+        owning.setCurrentIndex(1);
+        owning.setObject(new Counted(3, &deaths));
+        owning.addFirst(new Counted(4, &deaths));
+    }
+    EXPECT_EQ(4, deaths) << "the owning list deletes what it holds when it ends";
+}
+
+TEST(ObjectList, SetObjectDeletesTheReplacedElementEvenWhenItIsStoredAgain)
+{
+    int deaths = 0;
+    ObjectList owning;
+    owning.setContentStability(false);
+    Counted* element = new Counted(1, &deaths);
+    owning.addLast(element);
+    owning.setObject(element);
+    EXPECT_EQ(1, deaths);
+    owning.clear(); // the entry now dangles; clear deletes nothing
+    EXPECT_TRUE(owning.empty());
+}
+
+TEST(ObjectList, ForwardsListOperationsWithoutDeleting)
+{
+    SampleLeaf a(1, "a");
+    SampleLeaf b(2, "b");
+    SampleLeaf c(3, "c");
+    ObjectList list;
+    list.addLast(&b);
+    list.addFirst(&a);
+    list.insertBackFront(list.find(&b), &c);
+    ASSERT_EQ(3u, list.size());
+    EXPECT_EQ(&c, list[2]);
+    EXPECT_EQ(1u, list.getIndex(list.find(&b)));
+    EXPECT_EQ(2u, list.getIndex(list.rbegin()));
+    list.remove(&b);
+    EXPECT_EQ(&c, list[1]);
+    list.insertFront(list.find(&c), &b);
+    EXPECT_EQ(&b, list[1]);
+    list.remove(list.rbegin());
+    EXPECT_EQ(2u, list.size());
+    list.clear();
+    EXPECT_TRUE(list.empty());
+    EXPECT_EQ(1, a.mValue);
+}
+
+TEST(ObjectListDeathTest, GuardsItsIndexAndItsStability)
+{
+    SampleLeaf a(1, "a");
+    ObjectList list;
+    list.addLast(&a);
+    list.setCurrentIndex(1);
+    EXPECT_DEATH(list.getObject(), "Index overflow\\.");
+    EXPECT_DEATH(list.setObject(&a), "Index overflow\\.");
+    EXPECT_DEATH(list.setContentStability(false), "List is not empty\\.");
+}
+
+TEST(ObjectList, PublishesCountStabilityAndOneIndexMemberPairPerElement)
+{
+    SampleLeaf a(1, "a");
+    SampleLeaf b(2, "b");
+    ObjectList list;
+    list.addLast(&a);
+    list.addLast(&b);
+    PropertyList properties;
+    list.makePropertyList(properties);
+    ASSERT_EQ(6u, properties.size());
+    char const* const names[] = {"count", "stable contents", "index", "member", "index", "member"};
+    unsigned int const types[] = {ePropertyType_U32, ePropertyType_Bool, ePropertyType_U32, ePropertyType_Object,
+                                  ePropertyType_U32, ePropertyType_Object};
+    for (unsigned int i = 0; i < 6; ++i) {
+        EXPECT_STREQ(names[i], properties[i]->getName());
+        EXPECT_EQ(types[i], properties[i]->getType());
+    }
+    EXPECT_EQ(2, properties[0]->getNumeric(PropertyBase::CurrentIndex));
+    EXPECT_EQ(-1, properties[1]->getNumeric(PropertyBase::CurrentIndex));
+
+    // Every pair looks at the one index: set it, then use the member.
+    properties[4]->setNumeric(1, PropertyBase::CurrentIndex);
+    EXPECT_EQ(&b, properties[3]->getByType<ObjectBase*>(PropertyBase::CurrentIndex));
+    EXPECT_FALSE(static_cast<ObjectPropertyIntermediate*>(properties[3])->isStableObject());
+
+    properties[0]->setNumeric(3, PropertyBase::CurrentIndex);
+    EXPECT_EQ(3u, list.size());
+    EXPECT_EQ(nullptr, list[0]);
+}
+
+// ---------------------------------------------------------------------------
+// XML form
+
+TEST(ObjectList, AnEmptyListWritesNoChildrenAndReadsBackEmpty)
+{
+    ListHolder source(false);
+    std::string const text = writeObject(&source, "Holder", true);
+    EXPECT_EQ("<?xml version=\"1.0\"?>\n\n<Holder typeinfo=\"ObjectBase\" id=\"ID1\" stable=\"true\" >\n"
+              "\t<List type=\"Object\" count=\"0\" index=\"0\" typeinfo=\"ObjectList\" id=\"ID2\" list_count=\"0\" "
+              "stable=\"true\" />\n</Holder>\n",
+              normalizeIds(text));
+    ListHolder target(false);
+    target.mList.setCount(2);
+    EXPECT_EQ("", readTraces(&target, text));
+    EXPECT_TRUE(target.mList.empty());
+}
+
+TEST(ObjectList, NonStableContentsAreRebuiltFromTheirClasses)
+{
+    ListHolder source(false);
+    source.mList.addLast(new SampleLeaf(1, "one"));
+    source.mList.addLast(nullptr);
+    source.mList.addLast(nullptr);
+    source.mList.addLast(new SampleLeaf(4, "four"));
+    std::string const text = writeObject(&source, "Holder", true);
+    EXPECT_NE(std::string::npos, text.find("list_count=\"4\""));
+    EXPECT_NE(std::string::npos, text.find("<element3 typeinfo=\"SampleLeaf\""));
+    EXPECT_EQ(std::string::npos, text.find("<element1"));
+
+    int deaths = 0;
+    ListHolder target(false);
+    target.mList.addLast(new Counted(9, &deaths));
+    EXPECT_EQ("", readTraces(&target, text));
+    EXPECT_EQ(1, deaths) << "the old contents went";
+    ASSERT_EQ(4u, target.mList.size());
+    EXPECT_EQ(1, static_cast<SampleLeaf*>(target.mList[0])->mValue);
+    EXPECT_EQ(nullptr, target.mList[1]);
+    EXPECT_EQ(nullptr, target.mList[2]);
+    EXPECT_STREQ("four", static_cast<SampleLeaf*>(target.mList[3])->mName.c_str());
+}
+
+TEST(ObjectList, NonStableContentsTraceWhatTheyCannotMake)
+{
+    ListHolder source(false);
+    source.mList.addLast(new SampleLeaf(1, "one"));
+    source.mList.addLast(new SampleLeaf(2, "two"));
+    source.mList.addLast(new SampleLeaf(3, "three"));
+    std::string text = writeObject(&source, "Holder", true);
+    size_t const first = text.find("<element0 ");
+    size_t const id = text.find(" id=\"", first);
+    text.erase(id, text.find('"', id + 5) + 1 - id);
+    text = replaceOnce(text, "<element1 typeinfo=\"SampleLeaf\"", "<element1 typeinfo=\"NoSuchLeaf\"");
+
+    ListHolder target(false);
+    EXPECT_EQ("element0 id not found.\ntypeinfo not found.\n", readTraces(&target, text));
+    ASSERT_EQ(3u, target.mList.size());
+    EXPECT_EQ(nullptr, target.mList[0]);
+    EXPECT_EQ(nullptr, target.mList[1]);
+    EXPECT_EQ(3, static_cast<SampleLeaf*>(target.mList[2])->mValue);
+
+    ListHolder noCount(false);
+    noCount.mList.addLast(new SampleLeaf(5, "five"));
+    EXPECT_EQ("count not found.\n", readTraces(&noCount, replaceOnce(text, "list_count=\"3\" ", "")));
+    EXPECT_TRUE(noCount.mList.empty());
+
+    ListHolder damaged(false);
+    EXPECT_EQ("Object count -5 out of range.\n", readTraces(&damaged, replaceOnce(text, "list_count=\"3\"", "list_count=\"-5\"")));
+    EXPECT_TRUE(damaged.mList.empty());
+}
+
+TEST(ObjectList, AnElementSeenBeforeIsReadAgainFromItsNewTag)
+{
+    ListHolder source(false);
+    source.mList.addLast(new SampleLeaf(1, "one"));
+    source.mList.addLast(new SampleLeaf(2, "two"));
+    std::string const written = writeObject(&source, "Holder", true);
+    // Give element1 the id of element0.
+    size_t const first = written.find("id=\"", written.find("<element0 "));
+    std::string const firstId = written.substr(first, written.find('"', first + 4) + 1 - first);
+    size_t const second = written.find("id=\"", written.find("<element1 "));
+    std::string text = written;
+    text.replace(second, text.find('"', second + 4) + 1 - second, firstId);
+
+    ListHolder target(false);
+    EXPECT_EQ("", readTraces(&target, text));
+    ASSERT_EQ(2u, target.mList.size());
+    EXPECT_EQ(target.mList[0], target.mList[1]) << "unlike an object property, the tag is read again";
+    EXPECT_EQ(2, static_cast<SampleLeaf*>(target.mList[0])->mValue);
+    ObjectBase* shared = target.mList[0];
+    target.mList.clear();
+    delete shared;
+}
+
+// Stable contents are filled in place, but only from files whose "id" holds
+// the class's type id: what serialize writes (the address) never matches.
+TEST(ObjectList, StableContentsLoadOnlyFromTypeIds)
+{
+    SampleLeaf a(1, "a");
+    SampleLeaf b(2, "b");
+    ListHolder source(true);
+    source.mList.addLast(&a);
+    source.mList.addLast(&b);
+    std::string const text = writeObject(&source, "Holder", true);
+    EXPECT_NE(std::string::npos, text.find("<element0 typeinfo=\"SampleLeaf\" id=\"")) ;
+    EXPECT_NE(std::string::npos, text.find("stable=\"true\" >\n\t\t\t<Value"));
+
+    SampleLeaf x(0, "x");
+    SampleLeaf y(0, "y");
+    ListHolder target(true);
+    target.mList.addLast(&x);
+    target.mList.addLast(&y);
+    EXPECT_EQ("TypeID mismatch.\nTypeID mismatch.\n", readTraces(&target, text));
+    EXPECT_EQ(0, x.mValue);
+
+    std::string const typeId = std::to_string(SampleLeaf::getStaticTypeInfo()->getID());
+    std::string byType = text;
+    for (char const* element : {"<element0 ", "<element1 "}) {
+        size_t const id = byType.find("id=\"", byType.find(element)) + 4;
+        byType.replace(id, byType.find('"', id) - id, typeId);
+    }
+    EXPECT_EQ("", readTraces(&target, byType));
+    EXPECT_EQ(1, x.mValue);
+    EXPECT_STREQ("b", y.mName.c_str());
+}
+
+TEST(ObjectList, StableContentsTraceCountsIdsAndNullEntries)
+{
+    SampleLeaf a(1, "a");
+    SampleLeaf b(2, "b");
+    ListHolder source(true);
+    source.mList.addLast(&a);
+    source.mList.addLast(&b);
+    std::string text = writeObject(&source, "Holder", true);
+    size_t const id = text.find(" id=\"", text.find("<element0 "));
+    text.erase(id, text.find('"', id + 5) + 1 - id);
+
+    ListHolder shorter(true);
+    shorter.mList.addLast(&a);
+    EXPECT_EQ("Object count mismatch.\n", readTraces(&shorter, text));
+
+    ListHolder gapped(true);
+    gapped.mList.addLast(&a);
+    gapped.mList.addLast(nullptr);
+    EXPECT_EQ("element0 id not found.\nContent is NULL.\n", readTraces(&gapped, text));
+}
+
+TEST(ObjectList, ANonStableListWritesItsElementsEveryTime)
+{
+    class TwoReferences : public ObjectBase {
+    public:
+        void makePropertyList(PropertyList& list) override
+        {
+            list.add(new ObjectProperty("First", &mpList, false));
+            list.add(new ObjectProperty("Second", &mpSame, false));
+        }
+        ObjectList* mpList = nullptr;
+        ObjectList* mpSame = nullptr;
+    } holder;
+    SampleLeaf leaf(1, "leaf");
+    ObjectList list;
+    list.addLast(&leaf);
+    holder.mpList = &list;
+    holder.mpSame = &list;
+    std::string const text = normalizeIds(writeObject(&holder, "Holder", true));
+    size_t const first = text.find("<element0 ");
+    ASSERT_NE(std::string::npos, first);
+    EXPECT_NE(std::string::npos, text.find("<element0 ", first + 1));
+    EXPECT_NE(std::string::npos, text.find("<Second type=\"Object\" count=\"0\" index=\"0\" typeinfo=\"ObjectList\" "
+                                           "id=\"ID2\" list_count=\"1\" stable=\"false\" >"));
+}
+
+namespace {
+
+// Made from files; owns a list of made objects.
+class NestObject : public ObjectBase {
+public:
+    NestObject() { mList.setContentStability(false); }
+    void makePropertyList(PropertyList& list) override { list.add(new ObjectProperty("List", &mList)); }
+    ObjectList mList;
+    DECLARE_TYPEINFO(UniqueTypeInfo<NestObject>)
+};
+
+IMPLEMENT_OBJECT_TYPEINFO(NestObject, "ObjectBase");
+
+} // namespace
+
+// A damaged file that names an object inside its own list would read that
+// list again while the outer read fills it.
+TEST(ObjectList, AListReachedAgainInsideItsOwnReadIsNotReadThere)
+{
+    class Owner : public ObjectBase {
+    public:
+        ~Owner() override { delete mpNest; }
+        void makePropertyList(PropertyList& list) override { list.add(new ObjectProperty("Nest", &mpNest, false)); }
+        NestObject* mpNest = nullptr;
+    } owner;
+    std::string const text =
+        "<Holder typeinfo=\"Owner\" id=\"1\" stable=\"true\" >\n"
+        "<Nest type=\"Object\" count=\"0\" index=\"0\" typeinfo=\"NestObject\" id=\"50\" stable=\"false\" >\n"
+        "<List type=\"Object\" count=\"0\" index=\"0\" typeinfo=\"ObjectList\" id=\"60\" list_count=\"2\" stable=\"true\" >\n"
+        "<element0 typeinfo=\"NestObject\" id=\"50\" stable=\"false\" >\n"
+        "<List type=\"Object\" count=\"0\" index=\"0\" typeinfo=\"ObjectList\" id=\"61\" list_count=\"5\" stable=\"true\" />\n"
+        "</element0>\n"
+        "<element1 typeinfo=\"SampleLeaf\" id=\"51\" stable=\"false\" />\n"
+        "</List>\n</Nest>\n</Holder>\n";
+    testing::internal::CaptureStderr();
+    readObject(&owner, "Holder", text);
+    std::string const traces = testing::internal::GetCapturedStderr();
+    EXPECT_NE(std::string::npos, traces.find("ObjectList is read inside itself.\n"));
+    ASSERT_NE(nullptr, owner.mpNest);
+    ObjectList& list = owner.mpNest->mList;
+    ASSERT_EQ(2u, list.size());
+    EXPECT_EQ(owner.mpNest, list[0]);
+    ASSERT_NE(nullptr, list[1]);
+    // The nest holds itself: empty its list before the owner deletes it.
+    ObjectBase* leaf = list[1];
+    list.clear();
+    delete leaf;
+}

@@ -1,0 +1,174 @@
+// Type records: the database as static initialisers leave it, records that
+// arrive before their parents, child chains, look-ups and both collision
+// checks.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <new>
+#include <vector>
+
+#include "app/system.h"
+#include "app/systemmanager.h"
+#include "foundation/memorymanager.h"
+#include "foundation/utils.h"
+#include "reflectiontest.h"
+
+namespace {
+
+// Records made by tests live in static storage and are never destroyed: the
+// destructor of any record frees the whole database, which is for exit only.
+TypeInfo* makeRecord(char const* name, char const* parentName, unsigned int attribute)
+{
+    alignas(TypeInfo) static unsigned char storage[16][sizeof(TypeInfo)];
+    static unsigned int used = 0;
+    if (used == 16) {
+        ADD_FAILURE() << "more test records than storage";
+        return nullptr;
+    }
+    return new (storage[used++]) TypeInfo(name, parentName, attribute);
+}
+
+std::vector<TypeInfo*> children(TypeInfo const* parent)
+{
+    std::vector<TypeInfo*> result;
+    for (TypeInfo* child = parent->getOffshoot(); child != nullptr; child = child->getLoop()) {
+        result.push_back(child);
+    }
+    return result;
+}
+
+} // namespace
+
+TEST(TypeInfo, TheRootAndTheStaticRecordsFormOneTree)
+{
+    TypeInfo const* root = ObjectBase::getStaticTypeInfo();
+    EXPECT_STREQ("ObjectBase", root->getName());
+    EXPECT_EQ(Utils::hash("ObjectBase"), root->getID());
+    EXPECT_EQ(nullptr, root->getBase());
+    EXPECT_EQ(0xFFFFFFFFu, root->getBaseID());
+    EXPECT_EQ(0u, root->getAttribute()) << "listed as concrete";
+    EXPECT_EQ(nullptr, root->newInstance()) << "but it makes nothing";
+
+    EXPECT_EQ(root, System::getStaticTypeInfo()->getBase());
+    EXPECT_EQ(1u, System::getStaticTypeInfo()->getAttribute());
+    EXPECT_EQ(2u, SystemManager::getStaticTypeInfo()->getAttribute());
+    EXPECT_EQ(2u, MemoryManager::getStaticTypeInfo()->getAttribute());
+    EXPECT_EQ(root, ObjectList::getStaticTypeInfo()->getBase());
+    EXPECT_EQ(root->getID(), ObjectList::getStaticTypeInfo()->getBaseID());
+
+    // Every record is in the database and reachable from its parent's chain.
+    unsigned int const size = TypeInfo::getDataBaseSize();
+    ASSERT_GE(size, 6u);
+    for (unsigned int i = 0; i < size; ++i) {
+        TypeInfo* type = TypeInfo::getTypeInfo(i);
+        EXPECT_EQ(type, TypeInfo::find(type->getName()));
+        if (type->getBase() != nullptr) {
+            std::vector<TypeInfo*> siblings = children(type->getBase());
+            EXPECT_NE(siblings.end(), std::find(siblings.begin(), siblings.end(), type)) << type->getName();
+        }
+    }
+}
+
+TEST(TypeInfo, ConcreteRecordsMakeTheirClassAbstractAndSingletonOnesNothing)
+{
+    ObjectBase* list = ObjectList::getStaticTypeInfo()->newInstance();
+    ASSERT_NE(nullptr, list);
+    EXPECT_EQ(ObjectList::getStaticTypeInfo(), list->getTypeInfo());
+    delete list;
+    EXPECT_EQ(nullptr, System::getStaticTypeInfo()->newInstance());
+    EXPECT_EQ(nullptr, SystemManager::getStaticTypeInfo()->newInstance());
+
+    ObjectBase* made = TypeInfo::find("SampleLeaf")->newInstance();
+    ASSERT_NE(nullptr, made);
+    EXPECT_STREQ("leaf", static_cast<SampleLeaf*>(made)->mName.c_str()) << "the default constructor ran";
+    delete made;
+}
+
+TEST(TypeInfo, FindsByNameAndIdAndAnswersNullForUnknowns)
+{
+    TypeInfo* system = TypeInfo::find("System");
+    EXPECT_EQ(System::getStaticTypeInfo(), system);
+    EXPECT_EQ(system, TypeInfo::find(Utils::hash("System")));
+    EXPECT_EQ(nullptr, TypeInfo::find("NoSuchClass"));
+    EXPECT_EQ(nullptr, TypeInfo::find(0x12345678u));
+    EXPECT_EQ(nullptr, TypeInfo::find(static_cast<char const*>(nullptr)));
+}
+
+TEST(TypeInfo, IsDerivedFromWalksTheParentChainOnly)
+{
+    TypeInfo const* manager = SystemManager::getStaticTypeInfo();
+    EXPECT_TRUE(manager->isDerivedFrom(manager)) << "a class derives from itself";
+    EXPECT_TRUE(manager->isDerivedFrom(*ObjectBase::getStaticTypeInfo()));
+    EXPECT_TRUE(manager->isDerivedFrom("ObjectBase"));
+    EXPECT_TRUE(manager->isDerivedFrom(Utils::hash("ObjectBase")));
+    EXPECT_FALSE(manager->isDerivedFrom("System"));
+    EXPECT_FALSE(ObjectBase::getStaticTypeInfo()->isDerivedFrom("SystemManager"));
+    EXPECT_FALSE(manager->isDerivedFrom("NoSuchClass"));
+    EXPECT_FALSE(manager->isDerivedFrom(0x12345678u));
+    EXPECT_FALSE(manager->isDerivedFrom(static_cast<TypeInfo const*>(nullptr)));
+}
+
+// Children registered before their parent wait for it; either order ends in
+// the same tree, with the chain listing children newest first.
+TEST(TypeInfo, RecordsWaitForTheirParentAndEitherOrderGivesOneTree)
+{
+    unsigned int const before = TypeInfo::getDataBaseSize();
+
+    TypeInfo* grandchild = makeRecord("OrderGrandchildLate", "OrderChildLate", 0);
+    TypeInfo* childA = makeRecord("OrderChildLate", "OrderParentLate", 1);
+    TypeInfo* childB = makeRecord("OrderSiblingLate", "OrderParentLate", 2);
+    EXPECT_EQ(nullptr, childA->getBase());
+    EXPECT_EQ(Utils::hash("OrderParentLate"), childA->getBaseID());
+    EXPECT_EQ(childA, grandchild->getBase()) << "linked when its parent arrived";
+    EXPECT_FALSE(grandchild->isDerivedFrom(ObjectBase::getStaticTypeInfo()));
+    TypeInfo* lateParent = makeRecord("OrderParentLate", "ObjectBase", 1);
+
+    TypeInfo* earlyParent = makeRecord("OrderParentEarly", "ObjectBase", 1);
+    TypeInfo* childC = makeRecord("OrderChildEarly", "OrderParentEarly", 1);
+    TypeInfo* childD = makeRecord("OrderSiblingEarly", "OrderParentEarly", 2);
+    TypeInfo* grandchild2 = makeRecord("OrderGrandchildEarly", "OrderChildEarly", 0);
+
+    EXPECT_EQ(before + 8, TypeInfo::getDataBaseSize());
+    EXPECT_EQ(lateParent, childA->getBase());
+    EXPECT_EQ(lateParent->getID(), childA->getBaseID());
+    EXPECT_EQ(lateParent, childB->getBase());
+    EXPECT_EQ(earlyParent, childC->getBase());
+    EXPECT_EQ(earlyParent, childD->getBase());
+    EXPECT_TRUE(grandchild->isDerivedFrom("ObjectBase"));
+    EXPECT_TRUE(grandchild2->isDerivedFrom(earlyParent));
+    EXPECT_EQ(std::vector<TypeInfo*>({childB, childA}), children(lateParent));
+    EXPECT_EQ(std::vector<TypeInfo*>({childD, childC}), children(earlyParent));
+    EXPECT_EQ(std::vector<TypeInfo*>({grandchild}), children(childA));
+    EXPECT_EQ(std::vector<TypeInfo*>({grandchild2}), children(childC));
+    EXPECT_EQ(2u, childB->getAttribute());
+
+    std::vector<TypeInfo*> roots = children(ObjectBase::getStaticTypeInfo());
+    EXPECT_EQ(earlyParent, roots[0]);
+    EXPECT_EQ(lateParent, roots[1]);
+    EXPECT_STREQ("OrderParentLate", TypeInfo::find("OrderParentLate")->getName());
+}
+
+TEST(TypeInfoDeathTest, CollisionsAreFatal)
+{
+    // Registering a name twice is one case of equal ids.
+    EXPECT_DEATH(makeRecord("ObjectList", "ObjectBase", 0), "TypeInfo collision detected\\.");
+    // "Fake267qZv" hashes like "ObjectList": a look-up by it finds the wrong text.
+    ASSERT_EQ(Utils::hash("ObjectList"), Utils::hash("Fake267qZv"));
+    EXPECT_DEATH(TypeInfo::find("Fake267qZv"), "TypeInfo Collision detected\\.");
+    EXPECT_DEATH(makeRecord("CollisionChild", "Fake267qZv", 0), "TypeInfo Collision detected\\.");
+}
+
+TEST(TypeInfoDeathTest, TheNameBufferHasAFixedSize)
+{
+    EXPECT_DEATH(
+        {
+            std::string name(1000, 'n');
+            for (unsigned int i = 0; i < 1100; ++i) {
+                std::string unique = name + std::to_string(i);
+                // The record copies the name into the shared buffer.
+                new TypeInfo(unique.c_str(), nullptr, 0);
+            }
+        },
+        "TypeInfo name buffer overflow\\.");
+}
