@@ -5,6 +5,7 @@
 #include "app/systemmanager.h"
 #include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
+#include "jobs/jobsystem.h"
 #include "input/hidsystem.h"
 #include "jobs/jobsystem.h"
 #include "reflection/objectlist.h"
@@ -59,6 +60,8 @@ void HarborApp::setup()
     manager->addSystem(RenderSystem::create());
     manager->addSystem(UnitSystem::create());
     // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
+    // The Systems, each at its fixed place in the manager.
+    manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
     manager->addSystem(HIDSystem::create());
     manager->addSystem(ViewSystem::create());
     manager->addSystem(ToolSystem::create());

@@ -12,7 +12,7 @@ log="$ARTIFACTS/input.stderr"
 "$PROBE" </dev/null 2>"$log" &
 APP_PID=$!
 wid=$(find_window "Harbor Input Probe")
-xdotool windowactivate --sync "$wid"
+activate "$wid"
 for _ in $(seq 200); do grep -q '^probe ready' "$log" && break; sleep 0.05; done
 grep -q '^probe ready' "$log" || { cat "$log" >&2; fail "the probe runs no frames"; }
 
@@ -32,11 +32,8 @@ sleep 0.15
 xdotool mouseup 3
 sleep 0.15
 
-xdotool key --clearmodifiers alt+F4
-for _ in $(seq 100); do kill -0 "$APP_PID" 2>/dev/null || break; sleep 0.05; done
-status=0
-wait "$APP_PID" || status=$?
-APP_PID=""
+close_and_wait "$wid"
+status=$EXIT_STATUS
 [ "$status" -eq 0 ] || { cat "$log" >&2; fail "exit status $status"; }
 
 # lines FIELD VALUE: trace lines whose comma list FIELD holds VALUE.

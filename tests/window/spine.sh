@@ -23,12 +23,8 @@ second=$(read_frame "$APP_PID")
 advance=$((second - first))
 [ "$advance" -ge 30 ] && [ "$advance" -le 300 ] || fail "$advance frames in one second"
 
-xdotool windowactivate --sync "$wid"
-xdotool key --clearmodifiers alt+F4
-status=0
-for _ in $(seq 100); do kill -0 "$APP_PID" 2>/dev/null || break; sleep 0.05; done
-wait "$APP_PID" || status=$?
-APP_PID=""
+close_and_wait "$wid"
+status=$EXIT_STATUS
 [ "$status" -eq 0 ] || fail "exit status $status"
 
 expected=(
@@ -37,8 +33,12 @@ expected=(
   "MemoryManager : start."
   "SystemManager : start."
   "HarborApp start."
+  "JobSystem : start."
+  "HIDSystem : start."
   "Application : execute."
   "HarborApp end."
+  "JobSystem : end."
+  "HIDSystem : end."
   "SystemManager : end."
   "MemoryManager : end."
   "Application : end."
@@ -58,9 +58,8 @@ APP_PID=$!
 find_window "Harbor Application" >/dev/null
 sleep 0.3
 kill -TERM "$APP_PID"
-status=0
-wait "$APP_PID" || status=$?
-APP_PID=""
+wait_exit
+status=$EXIT_STATUS
 [ "$status" -eq 0 ] || fail "exit status $status after SIGTERM"
 tail -n1 "$log" | grep -q -F "Application : end." || { cat "$log" >&2; fail "no tear-down after SIGTERM"; }
 echo "PASS: SIGTERM ends the program normally"

@@ -47,8 +47,35 @@ find_window() {
 
 # read_frame PID: the program's current frame number, read with the debugger.
 read_frame() {
-  gdb -p "$1" -batch -ex 'print Application::mpInstance->mCurrentFrame' 2>/dev/null \
-    | sed -n 's/^\$1 = \([0-9]*\).*/\1/p'
+  timeout 30 gdb -p "$1" -batch -ex 'print Application::mpInstance->mCurrentFrame' 2>/dev/null \
+    | sed -n 's/^\$1 = \([0-9]*\).*/\1/p' || true
+}
+
+# activate WINDOW: gives it the focus through the window manager, within 10 s.
+activate() {
+  for _ in $(seq 20); do
+    xdotool windowactivate "$1" 2>/dev/null || true
+    [ "$(xdotool getactivewindow 2>/dev/null || true)" = "$1" ] && return 0
+    sleep 0.5
+  done
+  fail "window $1 could not be activated"
+}
+
+# close_and_wait WINDOW: closes it through the window manager (Alt+F4) and
+# sets EXIT_STATUS; fails when the program has not ended within 20 s.
+close_and_wait() {
+  activate "$1"
+  xdotool key --clearmodifiers alt+F4
+  wait_exit
+}
+
+# wait_exit: sets EXIT_STATUS once APP_PID has ended, within 20 s.
+wait_exit() {
+  for _ in $(seq 400); do kill -0 "$APP_PID" 2>/dev/null || break; sleep 0.05; done
+  kill -0 "$APP_PID" 2>/dev/null && fail "the program did not end"
+  EXIT_STATUS=0
+  wait "$APP_PID" || EXIT_STATUS=$?
+  APP_PID=""
 }
 
 ARTIFACTS="${2:-$PWD}/artifacts"
