@@ -5,10 +5,10 @@
 #include "app/systemmanager.h"
 #include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
-#include "jobs/jobsystem.h"
 #include "input/hidsystem.h"
 #include "jobs/jobsystem.h"
 #include "reflection/objectlist.h"
+#include "reflection/property.h"
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
 #include "serial/stream.h"
@@ -54,18 +54,14 @@ void HarborApp::setup()
     memory->createAllocator(0x2000000, "Resource");
     UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
 
-    // Each System has its fixed place in this sequence; those still missing
-    // join at theirs.
+    // The Systems, each at its fixed place in the manager.
     manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
     manager->addSystem(RenderSystem::create());
     manager->addSystem(UnitSystem::create());
     // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
-    // The Systems, each at its fixed place in the manager.
-    manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
     manager->addSystem(HIDSystem::create());
     manager->addSystem(ViewSystem::create());
     manager->addSystem(ToolSystem::create());
-
     manager->setup();
     manager->order();
     readSettings();

@@ -80,9 +80,9 @@ public:
         sRect mProjectionRect;
     };
 
-    static u32 const kVertexHeapSize = 16384;
+    static constexpr u32 kVertexHeapSize = 16384;
     // 1,024 entries as on 32-bit: pointers take 8 bytes here, not 4.
-    static u32 const kEntryHeapSize = 1024 * sizeof(sCommand*);
+    static constexpr u32 kEntryHeapSize = 1024 * sizeof(sCommand*);
 
     DrawContext();
     ~DrawContext();

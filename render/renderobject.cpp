@@ -19,6 +19,10 @@ void RenderObject::operator delete(void* pointer)
 
 Texture::Texture() : mWidth(0), mHeight(0), mRenderTarget(false), mHandle(0)
 {
+    // Listed like any other, so that its last release ends it too.
+    if (RenderSystem* renderSystem = RenderSystem::getInstance()) {
+        renderSystem->registTexture(this);
+    }
 }
 
 Texture::Texture(unsigned int width, unsigned int height, bool renderTarget, void* pixels)

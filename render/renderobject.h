@@ -53,7 +53,7 @@ private:
 
 class Texture : public RenderObject {
 public:
-    static unsigned int const kMaxSize = 1024;
+    static constexpr unsigned int kMaxSize = 1024;
 
     // No GL object; size 0.
     Texture();

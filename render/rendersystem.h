@@ -95,14 +95,14 @@ static_assert(sizeof(sOutputTexturedVertex) == 20, "textured stride");
 
 class RenderSystem : public System {
 public:
-    static u32 const kDrawContextNum = 32;
-    static u32 const kCommandBufferSize = 0x400000;  // 4 MiB
-    static u32 const kCommandChunkSize = 0x10000;    // taken per 64 KiB by contexts
-    static u32 const kCommandEntryMax = 16384;
-    static u32 const kQuadMax = 4096;
-    static u32 const kViewNum = 7;
+    static constexpr u32 kDrawContextNum = 32;
+    static constexpr u32 kCommandBufferSize = 0x400000;  // 4 MiB
+    static constexpr u32 kCommandChunkSize = 0x10000;    // taken per 64 KiB by contexts
+    static constexpr u32 kCommandEntryMax = 16384;
+    static constexpr u32 kQuadMax = 4096;
+    static constexpr u32 kViewNum = 7;
     // Commands hold pointers: 8, not 4, on 64-bit.
-    static u32 const kCommandAlignment = 8;
+    static constexpr u32 kCommandAlignment = 8;
 
     // The size is the command buffer's; only benchmarks that record more than
     // a frame of the host ever does pass another.

@@ -58,16 +58,18 @@ void ViewSystem::View::drawGrid(DrawContext* context)
         static_cast<DrawContext::sVertex*>(context->allocateVertices(ePrimitiveType_Line, static_cast<unsigned int>(count)));
     DrawContext::sVertex* const end = vertex + count;
     sColor const black = sColor::Black;
-    // The count decides: a size that is no multiple of the pitch has room for
-    // one line less than the walk would reach.
-    for (int x = area.left + kGridPitch; x < area.right && vertex != end; x += kGridPitch) {
+    // Each walk stops at its count as well: a size that is no multiple of the
+    // pitch has room for one line less than the walk would reach.
+    int x = area.left + kGridPitch;
+    for (int line = 0; line < columns && x < area.right; ++line, x += kGridPitch) {
         vertex[0].mPosition = sVector(sFixed(x, 16), sFixed(area.top, 16));
         vertex[0].mColor = black;
         vertex[1].mPosition = sVector(sFixed(x, 16), sFixed(area.bottom, 16));
         vertex[1].mColor = black;
         vertex += 2;
     }
-    for (int y = area.top + kGridPitch; y < area.bottom && vertex != end; y += kGridPitch) {
+    int y = area.top + kGridPitch;
+    for (int line = 0; line < rows && y < area.bottom; ++line, y += kGridPitch) {
         vertex[0].mPosition = sVector(sFixed(area.left, 16), sFixed(y, 16));
         vertex[0].mColor = black;
         vertex[1].mPosition = sVector(sFixed(area.right, 16), sFixed(y, 16));

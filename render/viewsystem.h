@@ -15,12 +15,12 @@ class DrawContext;
 
 class ViewSystem : public System {
 public:
-    static u32 const kViewNum = 7;
-    static u32 const kGameViewFirst = 1;
-    static u32 const kGameViewLast = 4;
-    static u32 const kInterfaceView = 5;
-    static u32 const kOverlayView = 6;
-    static int const kGridPitch = 32; // world units between grid lines
+    static constexpr u32 kViewNum = 7;
+    static constexpr u32 kGameViewFirst = 1;
+    static constexpr u32 kGameViewLast = 4;
+    static constexpr u32 kInterfaceView = 5;
+    static constexpr u32 kOverlayView = 6;
+    static constexpr int kGridPitch = 32; // world units between grid lines
 
     class View : public ObjectBase {
     public:

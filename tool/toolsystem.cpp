@@ -261,10 +261,10 @@ void ToolSystem::drawString(DrawContext* context, sVector const& point, char con
     }
     s64 const x = point.x.mValue;
     s64 const y = point.y.mValue;
-    s64 const width = static_cast<s64>(size) << 16;
-    s64 const clipRight = static_cast<s64>(clip.right) << 16;
-    if (x < (static_cast<s64>(clip.left) << 16) || y < (static_cast<s64>(clip.top) << 16) || x + width > clipRight ||
-        y + 2 * width > (static_cast<s64>(clip.bottom) << 16)) {
+    s64 const width = static_cast<s64>(size) * 65536;
+    s64 const clipRight = static_cast<s64>(clip.right) * 65536;
+    if (x < static_cast<s64>(clip.left) * 65536 || y < static_cast<s64>(clip.top) * 65536 || x + width > clipRight ||
+        y + 2 * width > static_cast<s64>(clip.bottom) * 65536) {
         return;
     }
     context->setTexture(mpFontTexture);
@@ -283,7 +283,7 @@ void ToolSystem::drawString(DrawContext* context, sVector const& point, char con
 void ToolSystem::drawStringRun(DrawContext* context, s64 x, s64 y, char const* text, u32 length, unsigned int size,
                                sColor color, s64 clipRight) const
 {
-    s64 const width = static_cast<s64>(size) << 16;
+    s64 const width = static_cast<s64>(size) * 65536;
     sTexturedVertex* vertex =
         static_cast<sTexturedVertex*>(context->allocateVertices(ePrimitiveType_Quad, length * 4));
     sTexturedVertex* const end = vertex + length * 4;
@@ -482,7 +482,7 @@ void ToolSystem::drawString(unsigned int viewMask, sVector const& point, char co
     memcpy(copy, text, length);
     record->mPosition = point;
     record->mpText = copy;
-    record->mSize = size;
+    record->mTextSize = size;
     record->mColor = color;
 }
 
@@ -690,7 +690,7 @@ void ToolSystem::draw(DrawContext* context)
         case eCommand_DrawString: {
             sDrawStringCommand const* c = static_cast<sDrawStringCommand const*>(header);
             context->setVertexDecl(eVertexDecl_Textured);
-            drawString(context, c->mPosition, c->mpText, c->mSize, c->mColor, sRect::Max);
+            drawString(context, c->mPosition, c->mpText, c->mTextSize, c->mColor, sRect::Max);
             break;
         }
         default:

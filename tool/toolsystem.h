@@ -102,18 +102,18 @@ public:
     struct sDrawStringCommand : sCommandHeader {
         sVector mPosition;
         char const* mpText; // a copy in the buffer's back end
-        u32 mSize;
+        u32 mTextSize;      // cell width in pixels
         sColor mColor;
     };
 #pragma pack(pop)
 
-    static u32 const kCommandBufferSize = 0x48000;
-    static u32 const kFontSize = 128;       // the font bitmap is 128 by 128
-    static u32 const kGlyphWidth = 6;
-    static u32 const kGlyphHeight = 12;
-    static u32 const kGlyphColumns = 16;
-    static u32 const kGlyphFirst = 32;      // the character in the first cell
-    static u32 const kGlyphNum = 160;       // ten full rows of cells
+    static constexpr u32 kCommandBufferSize = 0x48000;
+    static constexpr u32 kFontSize = 128;       // the font bitmap is 128 by 128
+    static constexpr u32 kGlyphWidth = 6;
+    static constexpr u32 kGlyphHeight = 12;
+    static constexpr u32 kGlyphColumns = 16;
+    static constexpr u32 kGlyphFirst = 32;      // the character in the first cell
+    static constexpr u32 kGlyphNum = 160;       // ten full rows of cells
 
     // One bit per pixel, 16 bytes per row, most significant bit leftmost,
     // rows stored bottom-up (the last row of the array is the top row of the
@@ -189,9 +189,10 @@ public:
     {
         T* record = static_cast<T*>(allocateCommandBuffer(sizeof(T)));
         if (record != nullptr) {
-            record->mCode = static_cast<u8>(code);
-            record->mSize = static_cast<u8>(sizeof(T));
-            record->mViewMask = static_cast<u16>(viewMask);
+            sCommandHeader* header = record;
+            header->mCode = static_cast<u8>(code);
+            header->mSize = static_cast<u8>(sizeof(T));
+            header->mViewMask = static_cast<u16>(viewMask);
         }
         return record;
     }

@@ -1,0 +1,171 @@
+#include "renderfixture.h"
+
+#include <GL/gl.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "app/application.h"
+#include "foundation/autostring.h"
+#include "foundation/memorymanager.h"
+#include "platform/glcontext.h"
+#include "platform/platform.h"
+
+namespace rendertest {
+
+namespace {
+
+class TestApplication : public Application {
+public:
+    explicit TestApplication(sInitializer const* initializer) : Application(initializer) {}
+    void setup() override {}
+    void update(float) override {}
+};
+
+TestApplication* sApplication = nullptr;
+bool sWindow = false;
+
+class RenderEnvironment : public testing::Environment {
+public:
+    void SetUp() override
+    {
+        char const* display = getenv("DISPLAY");
+        bool const wanted = display != nullptr && display[0] != '\0';
+        Application::sInitializer initializer = {"Render test", static_cast<u32>(kWindowWidth),
+                                                 static_cast<u32>(kWindowHeight), 60, 20, 240};
+        platform::setHeadless(!wanted);
+        sApplication = new TestApplication(&initializer);
+        if (wanted && sApplication->getWindowHandle() == nullptr) {
+            fprintf(stderr, "DISPLAY is set but no window could be made: pixel tests skip.\n");
+            delete sApplication;
+            platform::setHeadless(true);
+            sApplication = new TestApplication(&initializer);
+        }
+        sWindow = wanted && !platform::isHeadless();
+        if (sWindow) {
+            platform::hideWindow(sApplication->getWindowHandle());
+        }
+        MemoryManager* memory = MemoryManager::getInstance();
+        AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
+        sApplication->setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
+        System::setAllocator(memory->createAllocator(0x1000000, "System"));
+    }
+
+    void TearDown() override
+    {
+        delete sApplication;
+        sApplication = nullptr;
+    }
+};
+
+[[maybe_unused]] testing::Environment* const sEnvironment = testing::AddGlobalTestEnvironment(new RenderEnvironment);
+
+} // namespace
+
+bool hasWindow()
+{
+    return sWindow;
+}
+
+void RenderTest::SetUp()
+{
+    // Four threads whatever the machine, so that the parallel paths run.
+    mpJobs = JobSystem::create(0x10000, 4);
+    mpRender = RenderSystem::create();
+    mpViews = ViewSystem::create();
+    mpTools = ToolSystem::create();
+}
+
+void RenderTest::TearDown()
+{
+    mpTools->destroy();
+    mpViews->destroy();
+    mpRender->destroy();
+    mpJobs->destroy();
+}
+
+void RenderTest::runFrame(std::function<void(DrawContext*)> const& record)
+{
+    mpRender->preprocess();
+    mpTools->preprocess();
+    DrawContext* context = mpRender->popContext();
+    record(context);
+    mpRender->pushContext(context);
+    mpViews->update();
+    mpTools->postprocess();
+    mpRender->postprocess();
+    mpRender->executeCommand();
+    if (mpRender->hasContext()) {
+        EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR)) << "GL error in the replay";
+    }
+}
+
+std::vector<sCommand const*> RenderTest::sortedCommands() const
+{
+    std::vector<sCommand const*> commands;
+    for (sCommand* const* entry = mpRender->getSortedEntry(); (*entry)->mType != sCommand::eType_End; ++entry) {
+        commands.push_back(*entry);
+    }
+    return commands;
+}
+
+std::vector<sDrawCommand const*> RenderTest::sortedDraws() const
+{
+    std::vector<sDrawCommand const*> draws;
+    for (sCommand const* command : sortedCommands()) {
+        if (command->mType == sCommand::eType_Draw) {
+            draws.push_back(static_cast<sDrawCommand const*>(command));
+        }
+    }
+    return draws;
+}
+
+sColor RenderTest::readPixel(int x, int y) const
+{
+    u8 pixel[4] = {};
+    glReadBuffer(GL_BACK);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(x, kWindowHeight - 1 - y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
+    return sColor(pixel[0], pixel[1], pixel[2], pixel[3]);
+}
+
+std::vector<sColor> RenderTest::readWindow() const
+{
+    std::vector<sColor> pixels(static_cast<size_t>(kWindowWidth * kWindowHeight));
+    glReadBuffer(GL_BACK);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, kWindowWidth, kWindowHeight, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    return pixels;
+}
+
+void RenderTest::windowState(DrawContext* context, unsigned int level, unsigned int subLevel) const
+{
+    sRect const window(0, 0, kWindowWidth, kWindowHeight);
+    context->setView(0);
+    context->setDrawLevel(level, subLevel);
+    context->setViewport(window);
+    context->setScissorRect(window);
+    context->setProjectionRect(window);
+    context->setRenderTarget(nullptr);
+}
+
+void RenderTest::quad(DrawContext* context, sRect const& rect, sColor color) const
+{
+    sColor const colors[4] = {color, color, color, color};
+    context->setVertexDecl(eVertexDecl_Plain);
+    mpTools->drawRect(context, rect, colors);
+}
+
+::testing::AssertionResult nearColor(sColor actual, sColor expected, int tolerance)
+{
+    for (int i = 0; i < 3; ++i) {
+        if (abs(static_cast<int>(actual[i]) - static_cast<int>(expected[i])) > tolerance) {
+            return ::testing::AssertionFailure()
+                   << "colour (" << int(actual.r) << ", " << int(actual.g) << ", " << int(actual.b) << "), expected ("
+                   << int(expected.r) << ", " << int(expected.g) << ", " << int(expected.b) << ")";
+        }
+    }
+    return ::testing::AssertionSuccess();
+}
+
+} // namespace rendertest

@@ -1,0 +1,69 @@
+// Shared harness of the renderer's tests. One application per process: with a
+// display, a real (hidden) window with its GL context, so that tests can read
+// pixels back; without one, a headless window, where the renderer records and
+// sorts but makes no GL calls and the pixel tests skip. Each test gets fresh
+// job, render, view and tool systems.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
+
+#include "foundation/types.h"
+#include "jobs/jobsystem.h"
+#include "render/drawcontext.h"
+#include "render/renderobject.h"
+#include "render/rendersystem.h"
+#include "render/viewsystem.h"
+#include "tool/toolsystem.h"
+
+namespace rendertest {
+
+int const kWindowWidth = 320;
+int const kWindowHeight = 240;
+
+// True once the process has a real window (and so should have GL).
+bool hasWindow();
+
+class RenderTest : public testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // A frame in the host's order: preprocess, recording, the views' pass,
+    // postprocess, replay. With GL, asserts that the replay raised no error.
+    void runFrame(std::function<void(DrawContext*)> const& record);
+    // The draw commands of the last frame, in replay order.
+    std::vector<sDrawCommand const*> sortedDraws() const;
+    std::vector<sCommand const*> sortedCommands() const;
+
+    // The back buffer after the last replay, pixel (x, y) from the top left.
+    sColor readPixel(int x, int y) const;
+    std::vector<sColor> readWindow() const;
+
+    // Sets the context to draw in window pixels at the given level.
+    void windowState(DrawContext* context, unsigned int level, unsigned int subLevel = 0) const;
+    // An untextured quad from (left, top) to (right, bottom).
+    void quad(DrawContext* context, sRect const& rect, sColor color) const;
+
+    JobSystem* mpJobs = nullptr;
+    RenderSystem* mpRender = nullptr;
+    ViewSystem* mpViews = nullptr;
+    ToolSystem* mpTools = nullptr;
+};
+
+// Skips the test without a window; fails it when a window has no GL context.
+#define REQUIRE_GL()                                                             \
+    do {                                                                         \
+        if (!rendertest::hasWindow()) {                                          \
+            GTEST_SKIP() << "no display: pixel tests need a window";            \
+        }                                                                        \
+        ASSERT_TRUE(mpRender->hasContext()) << "a window without a GL context"; \
+    } while (0)
+
+// Colour channels within a tolerance; alpha is not compared (the window may
+// have no alpha channel).
+::testing::AssertionResult nearColor(sColor actual, sColor expected, int tolerance = 2);
+
+} // namespace rendertest
