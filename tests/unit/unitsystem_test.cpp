@@ -1,104 +1,125 @@
 // Units through the public interface: a unit's defaults and reflection, the
-// frame timing of add and kill, group levels and the order list, passes and
-// callbacks, drawing by bits and views on many threads, the job queue's limit.
+// frame timing of add and kill, group levels, passes and callbacks, drawing by
+// bits and views on many threads, the job queue's limit, and the pixels that
+// units' quads leave in GAME0 (with a display only; the window test
+// unit_pixels.sh runs them under Xvfb).
+#include <gtest/gtest.h>
+
+#include <GL/gl.h>
+
 #include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <thread>
-#include <utility>
+#include <tuple>
 #include <vector>
 
-#include "foundation/functor.h"
+#include "app/application.h"
+#include "foundation/autostring.h"
+#include "foundation/memorymanager.h"
 #include "foundation/utils.h"
+#include "jobs/jobsystem.h"
+#include "platform/glcontext.h"
 #include "reflection/control.h"
 #include "reflection/objectlist.h"
 #include "render/drawcontext.h"
+#include "render/viewsystem.h"
 #include "unit/unitbase.h"
-#include "unitfixture.h"
+#include "unit/unitsystem.h"
 
-using namespace unittest;
+namespace {
 
-// Counts its updates and draws; optionally kills itself, logs its passes, or
-// checks that its source has been updated as often as itself this frame.
+int const kWidth = 320;
+int const kHeight = 240;
+
+class TestApplication : public Application {
+public:
+    explicit TestApplication(sInitializer const* initializer) : Application(initializer) {}
+    void setup() override {}
+    void update(float) override {}
+};
+
+// One application per process, with a hidden window when there is a display.
+// Its end runs the heaps' leak checks: a unit left undeleted is fatal.
+class UnitEnvironment : public testing::Environment {
+public:
+    void SetUp() override
+    {
+        char const* display = getenv("DISPLAY");
+        platform::setHeadless(display == nullptr || display[0] == '\0');
+        Application::sInitializer initializer = {"Unit test", kWidth, kHeight, 60, 20, 240};
+        mpApplication = new TestApplication(&initializer);
+        if (!platform::isHeadless()) {
+            platform::hideWindow(mpApplication->getWindowHandle());
+        }
+        MemoryManager* memory = MemoryManager::getInstance();
+        AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
+        System::setAllocator(memory->createAllocator(0x1000000, "System"));
+        UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
+    }
+    void TearDown() override { delete mpApplication; }
+
+    TestApplication* mpApplication = nullptr;
+};
+[[maybe_unused]] testing::Environment* const sEnvironment = testing::AddGlobalTestEnvironment(new UnitEnvironment);
+
+} // namespace
+
+// Counts updates, draws and deletions; can kill itself, log its passes, and
+// check that its source has had as many updates as itself (after busy work,
+// so that updates overlap). Draws check their view's state.
 class UnitProbe : public UnitBase {
 public:
-    struct sDraw {
-        std::thread::id mThread;
-        DrawContext* mpContext;
-        unsigned int mView;
-        sRect mProjection;
-    };
-
-    ~UnitProbe() override
-    {
-        if (mpGone != nullptr) {
-            *mpGone = true;
-        }
-    }
-    // Busy work, so that jobs overlap on the threads.
-    static void work()
+    ~UnitProbe() override { ++sDeleted; }
+    void update(float) override
     {
         for (volatile int i = 0; i < sWork; i = i + 1) {
         }
-    }
-    void update(float) override
-    {
-        work();
-        ++mUpdates;
-        if (mUpdates == mKillAt) {
+        if (++mUpdates == mKillAt) {
             kill();
         }
-        if (mpSource != nullptr && mpSource->mUpdates != mUpdates) {
-            ++sStale;
-        }
+        sStale += (mpSource != nullptr && mpSource->mUpdates != mUpdates) ? 1 : 0;
         if (sLogging) {
-            std::lock_guard<std::mutex> hold(sLock);
             sLog.emplace_back(UnitSystem::getInstance()->getCurrentPass(), this);
         }
     }
     void draw(DrawContext* context) const override
     {
-        work();
+        // With sMeet on, the first two draws wait (5 s at most) for each
+        // other, so that two threads surely take part.
+        if (sMeet >= 0 && ++sMeet <= 2) {
+            for (int i = 0; i < 5000 && sMeet < 2; ++i) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+        }
+        EXPECT_EQ(context->getProjectionRect(), ViewSystem::getInstance()->getProjection(context->getView()));
         std::lock_guard<std::mutex> hold(sLock);
         ++mDraws;
-        sDraws.push_back({std::this_thread::get_id(), context, context->getView(), context->getProjectionRect()});
+        sDraws.emplace_back(context->getView(), std::this_thread::get_id(), context);
     }
 
     int mUpdates = 0;
     mutable int mDraws = 0; // under sLock
     int mKillAt = 0;
-    bool* mpGone = nullptr;
     UnitProbe const* mpSource = nullptr;
-
-    static std::atomic<int> sStale;
-    static int sWork;
-    static bool sLogging;
-    static std::mutex sLock;
-    static std::vector<std::pair<int, UnitProbe const*>> sLog; // (pass, unit); a null unit is a callback
-    static std::vector<sDraw> sDraws;
+    static inline int sDeleted = 0;
+    static inline int sWork = 0;
+    static inline std::atomic<int> sStale{0};
+    static inline std::atomic<int> sMeet{-1};
+    static inline bool sLogging = false; // single-threaded runs only
+    static inline std::vector<std::pair<int, UnitProbe const*>> sLog; // a null unit stands for a callback
+    static inline std::mutex sLock;
+    static inline std::vector<std::tuple<unsigned int, std::thread::id, DrawContext*>> sDraws;
 
     DECLARE_TYPEINFO(UniqueTypeInfo<UnitProbe>)
 };
 IMPLEMENT_OBJECT_TYPEINFO(UnitProbe, "UnitBase");
-std::atomic<int> UnitProbe::sStale{0};
-int UnitProbe::sWork = 0;
-bool UnitProbe::sLogging = false;
-std::mutex UnitProbe::sLock;
-std::vector<std::pair<int, UnitProbe const*>> UnitProbe::sLog;
-std::vector<UnitProbe::sDraw> UnitProbe::sDraws;
 
 namespace {
 
-template <typename T>
-std::vector<T*> entries(Vector<T> const& vector)
-{
-    std::vector<T*> result;
-    for (u32 i = 0; i < vector.size(); ++i) {
-        result.push_back(vector[i]);
-    }
-    return result;
-}
-
-class UnitSystemTest : public UnitTest {
+class UnitSystemTest : public testing::Test {
 public:
     unsigned int onPassEnd()
     {
@@ -109,28 +130,63 @@ public:
 protected:
     void SetUp() override
     {
-        UnitTest::SetUp();
-        UnitProbe::sStale = 0;
-        UnitProbe::sWork = 0;
+        mpJobs = JobSystem::create(0x10000, 4); // four threads on any machine
+        mpRender = RenderSystem::create();
+        mpViews = ViewSystem::create();
+        mpUnits = UnitSystem::create();
+        UnitProbe::sDeleted = UnitProbe::sWork = UnitProbe::sStale = 0;
+        UnitProbe::sMeet = -1;
         UnitProbe::sLogging = false;
         UnitProbe::sLog.clear();
         UnitProbe::sDraws.clear();
     }
-    UnitProbe* add(u32 group = UnitBase::kNoGroup)
+    void TearDown() override
     {
-        UnitProbe* unit = new UnitProbe();
+        mpUnits->destroy();
+        mpViews->destroy();
+        mpRender->destroy();
+        mpJobs->destroy();
+    }
+    // A frame in the host's order; midFrame runs between preprocess and update.
+    template <typename F = void (*)()>
+    void runFrame(F midFrame = [] {})
+    {
+        mpRender->preprocess();
+        mpUnits->preprocess();
+        midFrame();
+        mpUnits->update();
+        mpViews->update();
+        mpUnits->postprocess();
+        mpRender->postprocess();
+        mpRender->executeCommand();
+    }
+    template <typename T = UnitProbe>
+    T* add(T* unit = new T(), u32 group = 0xFFFFFFFFu)
+    {
         unit->setPriorityGroup(group);
         mpUnits->addUnit(unit);
         return unit;
     }
-    // As a game names its groups.
+    // As a game names its groups: setPriorityGroupName is always fatal.
     u32 nameGroup(u32 index, char const* name)
     {
-        UnitSystem::sPriorityGroup* group = mpUnits->getPriorityGroup(index);
-        group->mName = name;
-        group->mHash = Utils::hash(name);
-        return group->mHash;
+        mpUnits->getPriorityGroup(index)->mName = name;
+        return mpUnits->getPriorityGroup(index)->mHash = Utils::hash(name);
     }
+    template <typename T>
+    static std::vector<T*> entries(Vector<T> const& vector)
+    {
+        std::vector<T*> result;
+        for (T* entry : vector) {
+            result.push_back(entry);
+        }
+        return result;
+    }
+
+    JobSystem* mpJobs = nullptr;
+    RenderSystem* mpRender = nullptr;
+    ViewSystem* mpViews = nullptr;
+    UnitSystem* mpUnits = nullptr;
 };
 using UnitSystemDeathTest = UnitSystemTest;
 
@@ -138,48 +194,33 @@ class SecondUnitSystem : public UnitSystem {};
 
 } // namespace
 
-TEST(UnitBaseTest, DefaultsBitsPropertiesAndControls)
+TEST(UnitBaseTest, DefaultsBitsPropertiesAndControlsOnItsHeap)
 {
     u32 const heapUsed = UnitBase::getAllocator()->getUsedSize();
     UnitProbe* unit = new UnitProbe();
     EXPECT_GT(UnitBase::getAllocator()->getUsedSize(), heapUsed);
-    EXPECT_EQ(unit->getSystemStatus(), 0u);
-    EXPECT_EQ(unit->getStatus(), 3u);
-    EXPECT_EQ(unit->getCategory(), 0xFFFFFFFFu);
-    EXPECT_EQ(unit->getPriorityGroup(), 0xFFFFFFFFu);
-    EXPECT_EQ(unit->getUpdatePass(), 1u);
-    EXPECT_EQ(unit->getView(), 2u);
+    EXPECT_EQ(unit->getStatus() | unit->getSystemStatus() << 8 | unit->getUpdatePass() << 16 | unit->getView() << 24,
+              0x02010003u);
+    EXPECT_EQ(unit->getPriorityGroup() & unit->getCategory(), 0xFFFFFFFFu);
     unit->setDraw(false);
     EXPECT_EQ(unit->getStatus(), 1u);
     unit->setUpdate(false);
-    EXPECT_EQ(unit->getStatus(), 0u);
     unit->setSelect(true);
-    EXPECT_EQ(unit->getSystemStatus(), 0x10000u);
     unit->setTypeName("Other");
-    EXPECT_STREQ(unit->getTypeName(), "UnitProbe");
-
+    EXPECT_EQ(unit->getStatus() | unit->getSystemStatus(), 0x10000u);
     PropertyList properties;
     unit->makePropertyList(properties);
-    char const* const names[] = {"TypeName", "Status", "Category", "PriorityGroup", "View"};
     ASSERT_EQ(properties.size(), 5u);
-    for (u32 i = 0; i < 5; ++i) {
-        EXPECT_STREQ(properties[i]->getName(), names[i]);
-    }
     char buffer[64];
     EXPECT_STREQ(properties[0]->getString(buffer, 0), "UnitProbe");
     properties[4]->setNumeric(8, 0);
     EXPECT_EQ(unit->getView(), 8u);
-
     List<ControlBase> controls;
     unit->makeControlList(controls);
     ASSERT_EQ(controls.size(), 5u);
-    PropertyControl* view = static_cast<PropertyControl*>(controls[4]);
-    EXPECT_STREQ(view->getName(), "View");
-    ASSERT_EQ(view->getArrayNum(), 4u);
-    for (u32 i = 0; i < 4; ++i) {
-        EXPECT_EQ(view->getEnumInfo()[i].mValue, 2u << i);
-        EXPECT_EQ(view->getEnumInfo()[i].mpName[4], static_cast<char>('0' + i));
-    }
+    sEnumInfo const* views = static_cast<PropertyControl*>(controls[4])->getEnumInfo();
+    EXPECT_STREQ(views[3].mpName, "View3");
+    EXPECT_EQ(views[0].mValue | views[1].mValue << 8 | views[3].mValue << 16, 0x100402u);
     for (List<ControlBase>::Iterator it = controls.begin(); it != controls.end(); ++it) {
         delete *it;
     }
@@ -204,113 +245,82 @@ TEST_F(UnitSystemDeathTest, FatalTexts)
 
 TEST_F(UnitSystemTest, AddAndKillKeepTheirFrameTiming)
 {
-    bool goneA = false;
-    bool goneC = false;
-    bool goneD = false;
     UnitProbe* a = add();
     UnitProbe* b = nullptr;
-    a->mpGone = &goneA;
     a->mKillAt = 2;
-    runFrame([&] { b = add(); }); // after preprocess: joins next frame
-    EXPECT_EQ(a->mUpdates, 1);
-    EXPECT_EQ(b->mUpdates, 0);
+    runFrame([&] { b = add(); }); // after preprocess: joins the next frame
+    EXPECT_EQ(a->mUpdates * 10 + b->mUpdates, 10);
     EXPECT_EQ(b->getSystemStatus(), 1u);
-    runFrame(); // a kills itself and still draws this frame
-    EXPECT_EQ(a->mUpdates, 2);
-    EXPECT_EQ(a->mDraws, 2);
-    EXPECT_EQ(b->getSystemStatus(), 0u);
-    runFrame([&] { EXPECT_FALSE(goneA); });
-    EXPECT_TRUE(goneA);
-    EXPECT_EQ(a->mUpdates, 2);
+    runFrame(); // a kills itself, and still draws in this frame
+    EXPECT_EQ(a->mUpdates * 10 + a->mDraws, 22);
+    runFrame([&] { EXPECT_EQ(UnitProbe::sDeleted, 0); });
+    EXPECT_EQ(UnitProbe::sDeleted, 1);
     EXPECT_EQ(b->mUpdates, 2);
-
-    // Of two neighbours killed together, the second is passed over and
-    // moves to the remove list a frame later.
+    // Of two neighbours killed together the second is passed over: it runs
+    // one frame more and goes one frame later.
     UnitProbe* c = add();
     UnitProbe* d = add();
-    c->mpGone = &goneC;
-    d->mpGone = &goneD;
-    runFrame([&] { c->kill(); d->kill(); });
-    EXPECT_EQ(c->mUpdates, 1);
+    runFrame([&] { c->kill(), d->kill(); });
     runFrame();
-    EXPECT_TRUE(goneC);
-    EXPECT_FALSE(goneD);
-    EXPECT_EQ(d->mUpdates, 2);
+    EXPECT_EQ(d->mUpdates * 10 + UnitProbe::sDeleted, 22);
     runFrame();
-    EXPECT_TRUE(goneD);
+    EXPECT_EQ(UnitProbe::sDeleted, 3);
 }
 
 TEST_F(UnitSystemTest, GroupsFormLevelsWithThePassedOverRule)
 {
-    UnitProbe* defaultUnit = add();
-    UnitProbe* strayUnit = add(Utils::hash("Nowhere"));
-    UnitProbe* aUnit = add(nameGroup(1, "A"));
+    UnitProbe* plain = add();
+    UnitProbe* stray = add(new UnitProbe(), Utils::hash("Nowhere"));
+    UnitProbe* inA = add(new UnitProbe(), nameGroup(1, "A"));
     nameGroup(2, "B");
     nameGroup(3, "D");
-    UnitProbe* eUnit = add(nameGroup(4, "E"));
-    mpUnits->addPriorityGroupDependency("B", "A");
-    mpUnits->addPriorityGroupDependency("D", "A");
-    mpUnits->addPriorityGroupDependency("E", "B");
-    mpUnits->addPriorityGroupDependency("E", "Nowhere");
+    UnitProbe* inE = add(new UnitProbe(), nameGroup(4, "E"));
+    for (char const* pair : {"B\0A", "D\0A", "E\0B", "E\0N"}) { // no group N
+        mpUnits->addPriorityGroupDependency(pair, pair + 2);
+    }
     runFrame();
-
     // Pending B, D, E: B is placed, D passed over, and E lands beside B.
     std::vector<UnitSystem::sPriorityGroup*> expected;
-    for (u32 i : {0u, 1u, 5u, 6u, 7u, 8u, 9u, 10u, 11u, 12u, 13u, 14u, 15u}) {
-        expected.push_back(mpUnits->getPriorityGroup(i));
-    }
-    for (UnitSystem::sPriorityGroup* entry : {(UnitSystem::sPriorityGroup*)nullptr, mpUnits->getPriorityGroup(2),
-                                              mpUnits->getPriorityGroup(4), (UnitSystem::sPriorityGroup*)nullptr,
-                                              mpUnits->getPriorityGroup(3), (UnitSystem::sPriorityGroup*)nullptr}) {
-        expected.push_back(entry);
+    for (int i : {0, 1, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, -1, 2, 4, -1, 3, -1}) {
+        expected.push_back(i < 0 ? nullptr : mpUnits->getPriorityGroup(static_cast<u32>(i)));
     }
     EXPECT_EQ(entries(mpUnits->getPriorityGroupOrder()), expected);
-    EXPECT_EQ(entries(mpUnits->getOrderList()), (std::vector<UnitBase*>{defaultUnit, aUnit, nullptr, eUnit, nullptr, nullptr}));
-    EXPECT_EQ(strayUnit->mUpdates + strayUnit->mDraws, 0);
-
-    // Removal takes its entry from the head of the array: of B, A, D less A
-    // stays A, A.
+    EXPECT_EQ(entries(mpUnits->getOrderList()), (std::vector<UnitBase*>{plain, inA, nullptr, inE, nullptr, nullptr}));
+    EXPECT_EQ(stray->mUpdates + stray->mDraws, 0);
+    // Removal moves the head of the array: of B, A, D less A stays A, A.
     mpUnits->addPriorityGroupDependency("E", "A");
     mpUnits->addPriorityGroupDependency("E", "D");
     mpUnits->removePriorityGroupDependency("E", "A");
-    Vector<UnitSystem::sPriorityGroup> const& left = mpUnits->getPriorityGroup(4)->mDependency;
-    ASSERT_EQ(left.size(), 2u);
-    EXPECT_EQ(left[0], mpUnits->getPriorityGroup(1));
-    EXPECT_EQ(left[1], mpUnits->getPriorityGroup(1));
+    UnitSystem::sPriorityGroup* const a = mpUnits->getPriorityGroup(1);
+    EXPECT_EQ(entries(mpUnits->getPriorityGroup(4)->mDependency), (std::vector<UnitSystem::sPriorityGroup*>{a, a}));
 }
 
 TEST_F(UnitSystemTest, DependentGroupsAlwaysSeeThisFramesUpdateOfTheirDependency)
 {
-    u32 const first = nameGroup(1, "First");
-    u32 const second = nameGroup(2, "Second");
-    u32 const third = nameGroup(3, "Third");
+    u32 const groups[3] = {nameGroup(1, "First"), nameGroup(2, "Second"), nameGroup(3, "Third")};
     mpUnits->addPriorityGroupDependency("Second", "First");
     mpUnits->addPriorityGroupDependency("Third", "Second");
     // The first units of a level read the last ones of the level before,
     // which a missing barrier would let run at the same time.
-    std::vector<UnitProbe*> firsts;
-    std::vector<UnitProbe*> seconds;
-    for (int i = 0; i < 100; ++i) {
-        firsts.push_back(add(first));
-        seconds.push_back(add(second));
-    }
-    for (int i = 0; i < 100; ++i) {
-        seconds[i]->mpSource = firsts[99 - i];
-        add(third)->mpSource = seconds[99 - i];
+    std::vector<UnitProbe*> levels[3];
+    for (int level = 0; level < 3; ++level) {
+        for (int i = 0; i < 100; ++i) {
+            levels[level].push_back(add(new UnitProbe(), groups[level]));
+            levels[level].back()->mpSource = level == 0 ? nullptr : levels[level - 1][99 - i];
+        }
     }
     UnitProbe::sWork = 2000;
     for (int frame = 0; frame < 100; ++frame) {
         runFrame();
     }
     EXPECT_EQ(UnitProbe::sStale, 0);
-    EXPECT_EQ(firsts[0]->mUpdates + seconds[0]->mUpdates, 200);
+    EXPECT_EQ(levels[0][0]->mUpdates + levels[2][0]->mUpdates, 200);
 }
 
 TEST_F(UnitSystemTest, PassesRunByMaskSeriallyOrInParallelThenTheirCallbacks)
 {
-    EXPECT_TRUE(mpUnits->getPass(0).isEnable() && mpUnits->getPass(0).isParallel());
-    for (u32 i = 1; i < UnitSystem::kPassNum; ++i) {
-        EXPECT_FALSE(mpUnits->getPass(i).isEnable() || mpUnits->getPass(i).isParallel());
+    for (u32 i = 0; i < UnitSystem::kPassNum; ++i) {
+        EXPECT_EQ(mpUnits->getPass(i).isEnable() && mpUnits->getPass(i).isParallel(), i == 0);
         EXPECT_EQ(mpUnits->getPass(i).getName()[4], static_cast<char>('0' + i));
     }
     // A single thread still runs a parallel pass through the job queue, in order.
@@ -331,70 +341,101 @@ TEST_F(UnitSystemTest, PassesRunByMaskSeriallyOrInParallelThenTheirCallbacks)
     std::vector<std::pair<int, UnitProbe const*>> const expected = {{0, x}, {0, y}, {1, x}, {1, y}, {1, nullptr}, {2, y}};
     EXPECT_EQ(UnitProbe::sLog, expected);
     EXPECT_EQ(mpUnits->getCurrentPass(), -1);
-    EXPECT_EQ(z->mUpdates, 0);
-    EXPECT_EQ(z->mDraws, 1);
+    EXPECT_EQ(z->mUpdates * 10 + z->mDraws, 1);
 }
 
-TEST_F(UnitSystemTest, DrawingFollowsTheDrawBitTheUpdateBitAndTheViewMask)
+// Also the job queue's limit: one level of a parallel pass, and one view,
+// take 1,024 units, and the rest are dropped.
+TEST_F(UnitSystemTest, DrawingFollowsBitsAndViewMaskOnManyThreadsUpToTheJobLimit)
 {
     mpViews->setEnable(2, true);
+    UnitProbe* probes[5] = {add(), add(), add(), add(), add()};
+    probes[0]->setDraw(false);
+    probes[1]->setUpdate(false);
+    probes[2]->setView(4);
+    probes[3]->setView(6);
+    probes[4]->setView(1); // view 0, which the view system does not draw
     std::vector<UnitProbe*> crowd;
-    for (int i = 0; i < 64; ++i) {
+    for (int i = 0; i < 1100; ++i) {
         crowd.push_back(add());
     }
-    UnitProbe::sWork = 100000;
-    UnitProbe* hidden = add();
-    UnitProbe* idle = add();
-    UnitProbe* second = add();
-    UnitProbe* both = add();
-    UnitProbe* viewZero = add();
-    hidden->setDraw(false);
-    idle->setUpdate(false);
-    second->setView(4);
-    both->setView(6);
-    viewZero->setView(1);
+    UnitProbe::sMeet = 0;
     runFrame();
-    for (UnitProbe* unit : crowd) {
-        ASSERT_EQ(unit->mDraws, 1);
+    int const updatesAndDraws[5] = {10, 0, 11, 12, 10};
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(probes[i]->mUpdates * 10 + probes[i]->mDraws, updatesAndDraws[i]) << "probe " << i;
     }
-    EXPECT_EQ(hidden->mUpdates * 10 + hidden->mDraws, 10);
-    EXPECT_EQ(idle->mUpdates * 10 + idle->mDraws, 0);
-    EXPECT_EQ(second->mDraws, 1);
-    EXPECT_EQ(both->mDraws, 2);
-    EXPECT_EQ(viewZero->mDraws, 0);
-
-    // Every draw sees its view's state; within a view each thread draws into
-    // a context of its own.
-    ASSERT_EQ(UnitProbe::sDraws.size(), 64u + 3u);
-    bool spread = false;
-    for (UnitProbe::sDraw const& a : UnitProbe::sDraws) {
-        spread = spread || a.mThread != UnitProbe::sDraws.front().mThread;
-        EXPECT_EQ(a.mProjection, mpViews->getProjection(a.mView));
-        for (UnitProbe::sDraw const& b : UnitProbe::sDraws) {
-            if (a.mView == b.mView) {
-                ASSERT_EQ(a.mThread == b.mThread, a.mpContext == b.mpContext);
-            }
+    // Within a view, every thread draws into a context of its own.
+    ASSERT_EQ(UnitProbe::sDraws.size(), 1024u + 2u);
+    for (auto const& a : UnitProbe::sDraws) {
+        for (auto const& b : UnitProbe::sDraws) {
+            ASSERT_TRUE(std::get<0>(a) != std::get<0>(b) ||
+                        (std::get<1>(a) == std::get<1>(b)) == (std::get<2>(a) == std::get<2>(b)));
         }
     }
-    EXPECT_TRUE(spread) << "all units drew on one thread";
-}
-
-TEST_F(UnitSystemTest, OneLevelOfAParallelPassAndOneViewTakeAtMost1024Units)
-{
-    std::vector<UnitProbe*> units;
-    for (int i = 0; i < 1100; ++i) {
-        units.push_back(add());
-    }
-    runFrame();
     mpUnits->getPass(0).setParallel(false);
     runFrame();
-    int updates = 0;
-    int draws = 0;
-    for (UnitProbe* unit : units) {
-        updates += unit->mUpdates;
-        draws += unit->mDraws;
+    int sum = 0;
+    for (UnitProbe* unit : crowd) {
+        sum += unit->mUpdates * 10000 + unit->mDraws;
     }
-    EXPECT_EQ(updates, 1024 + 1100);
-    EXPECT_EQ(draws, 2 * 1024);
-    EXPECT_EQ(units.back()->mDraws, 0);
+    EXPECT_EQ(sum, (1020 + 1100) * 10000 + 2 * 1023);
+    EXPECT_EQ(crowd.back()->mDraws, 0);
+}
+
+namespace {
+
+// A 12 by 12 quad around its world position, in one colour.
+class QuadUnit : public UnitBase {
+public:
+    QuadUnit(int x, int y, sColor color) : mX(x), mY(y), mColor(color) {}
+    void draw(DrawContext* context) const override
+    {
+        context->setDrawLevel(1, 0);
+        context->setVertexDecl(eVertexDecl_Plain);
+        DrawContext::sVertex* vertex = static_cast<DrawContext::sVertex*>(context->allocateVertices(ePrimitiveType_Quad, 4));
+        for (int i = 0; i < 4; ++i) {
+            vertex[i].mPosition = sVector(sFixed(mX + (i % 2 ? 6 : -6), 16), sFixed(mY + (i < 2 ? -6 : 6), 16));
+            vertex[i].mColor = mColor;
+        }
+    }
+    int mX;
+    int mY;
+    sColor mColor;
+};
+
+} // namespace
+
+TEST_F(UnitSystemTest, QuadsAppearAtTheirWorldPositionsWithAnyNumberOfThreads)
+{
+    if (platform::isHeadless()) {
+        GTEST_SKIP() << "no display: pixel tests need a window";
+    }
+    ASSERT_TRUE(mpRender->hasContext());
+    // 15 by 11 quads over GAME0's world rectangle (-160, -120)-(160, 120).
+    std::vector<QuadUnit*> units;
+    for (int i = 0; i < 15 * 11; ++i) {
+        units.push_back(add(new QuadUnit(-140 + 20 * (i % 15), -100 + 20 * (i / 15),
+                                         sColor(static_cast<u8>(40 + 12 * (i % 15)), static_cast<u8>(40 + i), 200, 255))));
+    }
+    std::vector<sColor> pictures[3];
+    u32 const threads[3] = {1, 4, JobSystem::kJobThreadMax};
+    for (int i = 0; i < 3; ++i) {
+        mpJobs->setJobThreadNum(threads[i]);
+        runFrame();
+        pictures[i].resize(kWidth * kHeight);
+        glReadPixels(0, 0, kWidth, kHeight, GL_RGBA, GL_UNSIGNED_BYTE, pictures[i].data());
+    }
+    // World (x, y) is at window pixel (x + 160, y + 120); GL's rows run upwards.
+    auto pixel = [&](int x, int y) { return pictures[0][static_cast<size_t>((kHeight - 121 - y) * kWidth + x + 160)]; };
+    for (QuadUnit const* unit : units) {
+        for (int corner = 0; corner < 4; ++corner) {
+            sColor const color = pixel(unit->mX + (corner % 2 ? 5 : -6), unit->mY + (corner < 2 ? -6 : 5));
+            ASSERT_EQ(memcmp(&color, &unit->mColor, 3), 0) << "unit at (" << unit->mX << ", " << unit->mY << ")";
+        }
+    }
+    EXPECT_NE(pixel(-130, -90).b, 200); // a gap keeps the clear colour
+    size_t const bytes = pictures[0].size() * sizeof(sColor);
+    EXPECT_EQ(memcmp(pictures[0].data(), pictures[1].data(), bytes), 0) << "4 threads give another picture";
+    EXPECT_EQ(memcmp(pictures[0].data(), pictures[2].data(), bytes), 0) << "16 threads give another picture";
 }
