@@ -28,7 +28,8 @@ public:
         eStatus_Draw = 0x2
     };
 
-    // Masks with every bit set name no group and no category.
+    // The default group hash: that of every group not yet named, so a new
+    // unit lands in group 0.
     static u32 const kNoGroup = 0xFFFFFFFFu;
 
     UnitBase();
