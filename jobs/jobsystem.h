@@ -130,9 +130,10 @@ public:
     void setThreadUniqueData(u32 index, void* data);
     void* getThreadUniqueData(u32 index) const;
 
-    // The widget list will offer the indirect property "JobThreadNum" as a
-    // parameter control limited to 1..16 (setJobThreadNum/getJobThreadNum),
-    // once widgets and properties exist.
+    // "JobThreadNum" (setJobThreadNum/getJobThreadNum): a setting, kept in
+    // the settings file. The widget list will offer it as a parameter
+    // control limited to 1..16 once widgets exist.
+    void makePropertyList(PropertyList& list) override;
 
 protected:
     JobSystem(u32 jobHeapSize, u32 threadNum);

@@ -77,7 +77,7 @@ unsigned int FileStream::getLength() const
 // ---------------------------------------------------------------------------
 // TextFileStream
 
-TextFileStream::TextFileStream(char const* path, unsigned int mode)
+TextFileStream::TextFileStream(char const* path, unsigned int mode) : mLastChar(EOF)
 {
     mType = eType_Text | eType_File;
     open(path, mode, "t");
@@ -87,8 +87,15 @@ TextFileStream::TextFileStream(char const* path, unsigned int mode)
     }
 }
 
+int TextFileStream::seek(int offset, unsigned int origin)
+{
+    mLastChar = EOF;
+    return FileStream::seek(offset, origin);
+}
+
 unsigned int TextFileStream::read(char* buffer, unsigned int size)
 {
+    mLastChar = EOF;
     if (mEOF || mpFile == nullptr) {
         return 0;
     }
@@ -108,6 +115,7 @@ unsigned int TextFileStream::read(char* buffer, unsigned int size)
 
 unsigned int TextFileStream::write(char const* text, unsigned int size)
 {
+    mLastChar = EOF;
     if (mpFile == nullptr) {
         return 0;
     }
@@ -126,15 +134,18 @@ int TextFileStream::getChar()
     }
     // Taken as a signed byte: end of file and a byte 0xFF both give -1 and
     // end the stream for every reader.
-    int const value = static_cast<s8>(fgetc(mpFile));
+    int const read = fgetc(mpFile);
+    int const value = static_cast<s8>(read);
     if (value == -1) {
         mEOF = true;
     }
+    mLastChar = read;
     return value;
 }
 
 void TextFileStream::putChar(char character)
 {
+    mLastChar = EOF;
     if (mpFile != nullptr) {
         fputc(character, mpFile);
     }
@@ -152,11 +163,18 @@ void TextFileStream::putTab(unsigned int count)
     }
 }
 
+// Right after a read the byte is pushed back into the C library's buffer,
+// which is the same step back without a system call; otherwise it seeks.
 void TextFileStream::backforward()
 {
-    if (mpFile != nullptr) {
-        fseek(mpFile, -1, SEEK_CUR);
+    if (mpFile == nullptr) {
+        return;
     }
+    if (mLastChar != EOF && ungetc(mLastChar, mpFile) != EOF) {
+        mLastChar = EOF;
+        return;
+    }
+    fseek(mpFile, -1, SEEK_CUR);
 }
 
 // ---------------------------------------------------------------------------

@@ -101,6 +101,7 @@ public:
 
     TextStreamAccessor* getTextAccessor() override { return this; }
     BinaryStreamAccessor* getBinaryAccessor() override { return nullptr; }
+    int seek(int offset, unsigned int origin) override;
 
     unsigned int read(char* buffer, unsigned int size) override;
     unsigned int write(char const* text, unsigned int size) override;
@@ -109,6 +110,9 @@ public:
     void putCR() override;
     void putTab(unsigned int count) override;
     void backforward() override;
+
+private:
+    int mLastChar; // the byte getChar just read, EOF after anything else
 };
 
 class BinaryFileStream : public FileStream, public BinaryStreamAccessor {

@@ -60,12 +60,13 @@ void XmlReader::deleteTags(Vector<sTag>& tags)
     }
 }
 
-XmlReader::XmlReader() : mpCurrentTag(nullptr), mpScratch(nullptr), mScratchSize(0) {}
+XmlReader::XmlReader() : mpCurrentTag(nullptr), mpScratch(nullptr), mScratchSize(0), mpInterned(nullptr) {}
 
 XmlReader::~XmlReader()
 {
     deleteTags(mTags);
     delete[] mpScratch;
+    delete[] mpInterned;
 }
 
 // ---------------------------------------------------------------------------
@@ -76,6 +77,9 @@ void XmlReader::parse(Stream* stream)
     TextStreamAccessor* accessor = stream->getTextAccessor();
     if (accessor == nullptr) {
         dev_assert("Stream don't have text accessor.", __FILE__, __LINE__);
+    }
+    if (mpInterned == nullptr) {
+        mpInterned = new AutoString[InternSize];
     }
     while (sTag* tag = readTag(accessor)) {
         if (tag->mEndTag) {
@@ -129,7 +133,7 @@ XmlReader::sTag* XmlReader::readTag(TextStreamAccessor* accessor)
             dev_assert("Invalid tag.", __FILE__, __LINE__);
         }
         sTag* tag = new sTag;
-        tag->mName = mpScratch;
+        tag->mName = intern(length);
         tag->mEndTag = true;
         // The rest up to ">" goes with the text before the next tag.
         return tag;
@@ -141,14 +145,14 @@ XmlReader::sTag* XmlReader::readTag(TextStreamAccessor* accessor)
         dev_assert("Invalid tag.", __FILE__, __LINE__);
     }
     sTag* tag = new sTag;
-    tag->mName = mpScratch;
+    tag->mName = intern(length);
     tag->mNameHash = Utils::hash(mpScratch);
 
     for (;;) {
         length = getWord(accessor);
         if (length != 0) {
             sAttribute* attribute = new sAttribute;
-            attribute->mName = mpScratch;
+            attribute->mName = intern(length);
             tag->mAttributes.addLast(attribute);
             skipSpace(accessor);
             if (accessor->getChar() != '=') {
@@ -159,10 +163,11 @@ XmlReader::sTag* XmlReader::readTag(TextStreamAccessor* accessor)
                 dev_assert("Invalid attribute format.", __FILE__, __LINE__);
             }
             skipSpace(accessor);
-            if (getValue(accessor) == 0) {
+            length = getValue(accessor);
+            if (length == 0) {
                 dev_assert("Invalid attribute value.", __FILE__, __LINE__);
             }
-            attribute->mValue = mpScratch;
+            attribute->mValue = intern(length);
             if (accessor->getChar() != '"') {
                 dev_assert("Invalid attribute format.", __FILE__, __LINE__);
             }
@@ -215,6 +220,20 @@ void XmlReader::putScratch(u32 length, char character)
         mScratchSize = size;
     }
     mpScratch[length] = character;
+}
+
+AutoString const& XmlReader::intern(u32 length)
+{
+    // FNV-1a over the text: only a slot number, never stored.
+    u32 hash = 2166136261u;
+    for (u32 i = 0; i < length; ++i) {
+        hash = (hash ^ static_cast<u8>(mpScratch[i])) * 16777619u;
+    }
+    AutoString& slot = mpInterned[hash & (InternSize - 1)];
+    if (slot.empty() || strcmp(slot.c_str(), mpScratch) != 0) {
+        slot = mpScratch;
+    }
+    return slot;
 }
 
 u32 XmlReader::getWord(TextStreamAccessor* accessor)

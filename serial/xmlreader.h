@@ -71,11 +71,17 @@ private:
     u32 getWord(TextStreamAccessor* accessor);
     u32 getValue(TextStreamAccessor* accessor);
     void putScratch(u32 length, char character);
+    // The scratch text as a string, shared with an earlier equal one where
+    // the cache has it: names and most values repeat throughout a file.
+    AutoString const& intern(u32 length);
     static void deleteTags(Vector<sTag>& tags);
+
+    static constexpr u32 InternSize = 1024; // a power of two
 
     Vector<sTag> mTags;
     Map<ObjectBase> mObjects;
     sTag* mpCurrentTag;
     char* mpScratch;
     u32 mScratchSize;
+    AutoString* mpInterned; // InternSize slots, made by the first parse
 };

@@ -4,7 +4,6 @@
 #include <map>
 #include <new>
 #include <random>
-#include <regex>
 #include <vector>
 
 #include "foundation/allocator.h"
@@ -381,21 +380,26 @@ ObjectBase* readObject(ObjectBase* object, char const* rootName, std::string con
 
 std::string normalizeIds(std::string const& text)
 {
-    std::regex const pattern("id=\"(-?[0-9]+)\"");
     std::map<std::string, int> names;
     std::string result;
-    auto last = text.cbegin();
-    for (std::sregex_iterator it(text.begin(), text.end(), pattern), end; it != end; ++it) {
-        std::string const id = (*it)[1].str();
+    size_t position = 0;
+    for (;;) {
+        size_t const found = text.find(" id=\"", position);
+        if (found == std::string::npos) {
+            break;
+        }
+        size_t const start = found + 5;
+        size_t const end = text.find('"', start);
+        std::string const id = text.substr(start, end - start);
         if (names.find(id) == names.end()) {
             int const number = static_cast<int>(names.size()) + 1;
             names[id] = number;
         }
-        result.append(last, text.cbegin() + it->position());
-        result += "id=\"ID" + std::to_string(names[id]) + "\"";
-        last = text.cbegin() + it->position() + it->length();
+        result.append(text, position, start - position);
+        result += "ID" + std::to_string(names[id]);
+        position = end;
     }
-    result.append(last, text.cend());
+    result.append(text, position, std::string::npos);
     return result;
 }
 

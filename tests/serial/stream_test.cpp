@@ -40,6 +40,25 @@ TEST(TextFileStream, BackforwardUnreadsTheLastCharacter)
     EXPECT_TRUE(stream.eof());
 }
 
+TEST(TextFileStream, BackforwardStepsBackFromWhereverTheStreamStands)
+{
+    std::string const path = makeTempPath("steps.txt");
+    writeFile(path, "abcdef");
+    TextFileStream stream(path.c_str(), Stream::eMode_Read);
+    EXPECT_EQ('a', stream.getChar());
+    EXPECT_EQ('b', stream.getChar());
+    stream.backforward();
+    stream.backforward();
+    EXPECT_EQ('a', stream.getChar()) << "two steps back";
+    stream.seek(4, Stream::eOrigin_Start);
+    stream.backforward();
+    EXPECT_EQ('d', stream.getChar()) << "one step back from a seek";
+    char buffer[8];
+    EXPECT_EQ(1u, stream.read(buffer, 1));
+    stream.backforward();
+    EXPECT_EQ('e', stream.getChar()) << "one step back from a read";
+}
+
 TEST(TextFileStream, ByteFFEndsTheStreamForGood)
 {
     std::string const path = makeTempPath("ff.txt");
