@@ -361,11 +361,15 @@ void BM_SdlRenderer(benchmark::State& state, bool layered)
 
 // 16,383 commands with random keys and the end command: a full entry table.
 // Only postprocess is timed, which is the sort and the handing over of 32
-// empty contexts.
+// empty contexts. The argument is the number of job threads (0: all).
 void BM_SortFullTable_Engine(benchmark::State& state)
 {
     Harness& harness = Harness::get();
     RenderSystem* render = harness.mpRender;
+    u32 const allThreads = harness.mpJobs->getJobThreadNum();
+    if (state.range(0) != 0) {
+        harness.mpJobs->setJobThreadNum(static_cast<u32>(state.range(0)));
+    }
     u32 const count = RenderSystem::kCommandEntryMax - 1;
     std::mt19937 random(99);
     std::vector<u32> keys(count);
@@ -387,6 +391,7 @@ void BM_SortFullTable_Engine(benchmark::State& state)
     }
     state.counters["threads"] = harness.mpJobs->getJobThreadNum();
     state.SetItemsProcessed(state.iterations() * (count + 1));
+    harness.mpJobs->setJobThreadNum(allThreads);
 }
 
 void BM_SortFullTable_StdStableSort(benchmark::State& state)
@@ -415,8 +420,15 @@ void BM_SortFullTable_StdStableSort(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(BM_SortFullTable_Engine)->UseManualTime()->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_SortFullTable_StdStableSort)->UseManualTime()->Unit(benchmark::kMicrosecond);
+// The machine may be shared: with repetitions, the fastest run is the one
+// least disturbed by other work.
+static double fastest(std::vector<double> const& runs)
+{
+    return *std::min_element(runs.begin(), runs.end());
+}
+
+BENCHMARK(BM_SortFullTable_Engine)->Arg(0)->Arg(1)->UseManualTime()->ComputeStatistics("min", fastest)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_SortFullTable_StdStableSort)->UseManualTime()->ComputeStatistics("min", fastest)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(BM_Engine, layered, true)->Arg(1000)->Arg(10000)->Arg(50000)->UseRealTime()->MinTime(2.0)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_SdlRenderer, layered, true)->Arg(1000)->Arg(10000)->Arg(50000)->UseRealTime()->MinTime(2.0)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_Engine, shuffled, false)->Arg(1000)->Arg(10000)->UseRealTime()->MinTime(2.0)->Unit(benchmark::kMillisecond);

@@ -5,7 +5,7 @@
 #include "render/glfunctions.h"
 #include "render/rendersystem.h"
 
-TypeInfo Texture::mUniqueTypeInfo("Texture", "ObjectBase", 0);
+IMPLEMENT_OBJECT_TYPEINFO(Texture, "ObjectBase");
 
 void* RenderObject::operator new(std::size_t size) noexcept
 {

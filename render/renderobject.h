@@ -69,9 +69,7 @@ public:
     unsigned int getHandle() const { return mHandle; }
     bool isRenderTarget() const { return mRenderTarget; }
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(UniqueTypeInfo<Texture>)
 
 protected:
     ~Texture() override;

@@ -1,5 +1,6 @@
 #include "render/rendersystem.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -12,7 +13,7 @@
 #include "render/renderobject.h"
 #include "tool/toolsystem.h"
 
-TypeInfo RenderSystem::mUniqueTypeInfo("RenderSystem", "System", 2);
+IMPLEMENT_TYPEINFO(RenderSystem, "System", TypeInfo::eAttribute_Singleton);
 RenderSystem* RenderSystem::mpInstance = nullptr;
 
 namespace {
@@ -39,11 +40,6 @@ static_assert(sizeof(kBlendTable) / sizeof(kBlendTable[0]) == eBlendMode_Num, "o
 
 GLenum const kPrimitive[] = {GL_POINTS, GL_LINES, GL_TRIANGLES, GL_TRIANGLES};
 static_assert(sizeof(kPrimitive) / sizeof(kPrimitive[0]) == ePrimitiveType_Num, "one entry per primitive type");
-
-inline u32 keyOf(sCommand const* command)
-{
-    return command->mKey;
-}
 
 } // namespace
 
@@ -73,12 +69,12 @@ RenderSystem::RenderSystem(u32 commandBufferSize)
       mDrawCount(0),
       mpCommandAllocator(nullptr),
       mpCommandEntry(),
+      mpCommandKey(),
       mpSortedEntry(nullptr),
       mEntryCount(0),
       mBuildFrame(0),
       mExecuteFrame(0),
-      mpSortSource(nullptr),
-      mpSortDestination(nullptr),
+      mSortSource(0),
       mSortCount(0),
       mSortWidth(0)
 {
@@ -152,6 +148,7 @@ void RenderSystem::init(u32 commandBufferSize)
     mpCommandAllocator = new InstantAllocator(commandBufferSize, "CommandBuffer", System::getAllocator(), true);
     for (u32 i = 0; i < 2; ++i) {
         mpCommandEntry[i] = static_cast<sCommand**>(System::allocate(kCommandEntryMax * sizeof(sCommand*)));
+        mpCommandKey[i] = static_cast<u32*>(System::allocate(kCommandEntryMax * sizeof(u32)));
     }
     mpSortedEntry = nullptr;
 
@@ -182,6 +179,8 @@ void RenderSystem::cleanUp()
     for (u32 i = 0; i < 2; ++i) {
         System::deallocate(mpCommandEntry[i]);
         mpCommandEntry[i] = nullptr;
+        System::deallocate(mpCommandKey[i]);
+        mpCommandKey[i] = nullptr;
     }
     delete mpCommandAllocator;
     mpCommandAllocator = nullptr;
@@ -278,6 +277,7 @@ void RenderSystem::entryCommand(sCommand* command)
         dev_assert("Command entry buffer overflow.\n", __FILE__, __LINE__);
     }
     mpCommandEntry[0][index] = command;
+    mpCommandKey[0][index] = command->mKey;
 }
 
 void RenderSystem::entryCommand(sCommand** commands, unsigned int count)
@@ -288,6 +288,10 @@ void RenderSystem::entryCommand(sCommand** commands, unsigned int count)
         dev_assert("Command entry buffer overflow.\n", __FILE__, __LINE__);
     }
     memcpy(mpCommandEntry[0] + start, commands, count * sizeof(sCommand*));
+    u32* key = mpCommandKey[0] + start;
+    for (u32 i = 0; i < count; ++i) {
+        key[i] = commands[i]->mKey;
+    }
 }
 
 void RenderSystem::registTexture(Texture* texture)
@@ -323,18 +327,15 @@ void RenderSystem::deleteInvalidObjects()
 void RenderSystem::sortCommandBuffer()
 {
     u32 const count = static_cast<u32>(mEntryCount.get());
-    sCommand** const first = mpCommandEntry[0];
-    sCommand** const second = mpCommandEntry[1];
     if (count <= 4) {
-        sortCommandEach4(second, first, count);
-        mpSortedEntry = second;
+        sortCommandEach4(mpCommandEntry[1], mpCommandKey[1], mpCommandEntry[0], mpCommandKey[0], count);
+        mpSortedEntry = mpCommandEntry[1];
         return;
     }
 
     JobSystem* jobs = JobSystem::getInstance();
     mSortCount = count;
-    mpSortSource = first;
-    mpSortDestination = second;
+    mSortSource = 0;
     u32 iterations = (count + 3) / 4;
     if (jobs != nullptr) {
         jobs->executeLoopJob(this, &RenderSystem::sortCommandJob4, 0u, iterations, nullptr);
@@ -345,9 +346,7 @@ void RenderSystem::sortCommandBuffer()
     }
 
     for (u32 width = 8; width / 2 < count; width *= 2) {
-        sCommand** const source = mpSortDestination;
-        mpSortDestination = mpSortSource;
-        mpSortSource = source;
+        mSortSource ^= 1; // the arrays swap their roles
         mSortWidth = width;
         iterations = (count + width - 1) / width;
         if (jobs != nullptr) {
@@ -358,31 +357,38 @@ void RenderSystem::sortCommandBuffer()
             }
         }
     }
-    mpSortedEntry = mpSortDestination;
+    mpSortedEntry = mpCommandEntry[mSortSource ^ 1];
 }
 
 void RenderSystem::sortCommandJob4(u32 index, void*)
 {
     u32 const start = index * 4;
     u32 const rest = mSortCount - start;
-    sortCommandEach4(mpSortDestination + start, mpSortSource + start, rest < 4 ? rest : 4);
+    u32 const from = mSortSource;
+    u32 const to = from ^ 1;
+    sortCommandEach4(mpCommandEntry[to] + start, mpCommandKey[to] + start, mpCommandEntry[from] + start,
+                     mpCommandKey[from] + start, rest < 4 ? rest : 4);
 }
 
 void RenderSystem::sortCommandJob(u32 index, void*)
 {
     u32 const start = index * mSortWidth;
-    sortCommandEach(mpSortDestination + start, mpSortSource + start, mSortWidth, mSortCount - start);
+    u32 const from = mSortSource;
+    u32 const to = from ^ 1;
+    sortCommandEach(mpCommandEntry[to] + start, mpCommandKey[to] + start, mpCommandEntry[from] + start,
+                    mpCommandKey[from] + start, mSortWidth, mSortCount - start);
 }
 
 // A fixed network of neighbour exchanges, each swapping only on a strictly
 // greater key, so that equal keys keep their order.
-void RenderSystem::sortCommandEach4(sCommand** destination, sCommand** source, u32 remaining)
+void RenderSystem::sortCommandEach4(sCommand** destination, u32* destinationKey, sCommand* const* source,
+                                    u32 const* sourceKey, u32 remaining)
 {
     sCommand* entry[4];
     u32 key[4];
     for (u32 i = 0; i < remaining; ++i) {
         entry[i] = source[i];
-        key[i] = keyOf(entry[i]);
+        key[i] = sourceKey[i];
     }
     auto exchange = [&](u32 a, u32 b) {
         if (key[a] > key[b]) {
@@ -416,40 +422,50 @@ void RenderSystem::sortCommandEach4(sCommand** destination, sCommand** source, u
     }
     for (u32 i = 0; i < remaining; ++i) {
         destination[i] = entry[i];
+        destinationKey[i] = key[i];
     }
 }
 
-void RenderSystem::sortCommandEach(sCommand** destination, sCommand** source, u32 width, u32 remaining)
+void RenderSystem::sortCommandEach(sCommand** destination, u32* destinationKey, sCommand* const* source,
+                                   u32 const* sourceKey, u32 width, u32 remaining)
 {
     u32 const half = width / 2;
     if (remaining <= half) {
         memcpy(destination, source, remaining * sizeof(sCommand*));
+        memcpy(destinationKey, sourceKey, remaining * sizeof(u32));
         return;
     }
-    sCommand** left = source;
-    sCommand** const leftEnd = source + half;
-    sCommand** right = leftEnd;
-    sCommand** const rightEnd = source + (remaining < width ? remaining : width);
-    u32 leftKey = keyOf(*left);
-    u32 rightKey = keyOf(*right);
-    for (;;) {
-        // The left run wins a tie: the right one only on a strictly smaller key.
-        if (leftKey > rightKey) {
-            *destination++ = *right++;
-            if (right == rightEnd) {
-                memcpy(destination, left, static_cast<size_t>(leftEnd - left) * sizeof(sCommand*));
-                return;
-            }
-            rightKey = keyOf(*right);
-        } else {
-            *destination++ = *left++;
-            if (left == leftEnd) {
-                memcpy(destination, right, static_cast<size_t>(rightEnd - right) * sizeof(sCommand*));
-                return;
-            }
-            leftKey = keyOf(*left);
-        }
+    u32 const leftCount = half;
+    u32 const rightCount = (remaining < width ? remaining : width) - half;
+    sCommand* const* const right = source + half;
+    u32 const* const rightKey = sourceKey + half;
+    u32 i = 0;
+    u32 j = 0;
+    // Without branches on the keys, which are as good as random: the left run
+    // wins a tie, the right one is taken only on a strictly smaller key. The
+    // selection is by mask, so that no compiler turns it into a jump.
+    while (i < leftCount && j < rightCount) {
+        // Steps that cannot run either run dry need no test of their own.
+        u32 steps = leftCount - i < rightCount - j ? leftCount - i : rightCount - j;
+        do {
+            u32 const a = sourceKey[i];
+            u32 const b = rightKey[j];
+            u32 const takeRight = b < a ? 1u : 0u;
+            std::uintptr_t const mask = 0u - static_cast<std::uintptr_t>(takeRight);
+            std::uintptr_t const l = reinterpret_cast<std::uintptr_t>(source[i]);
+            std::uintptr_t const r = reinterpret_cast<std::uintptr_t>(right[j]);
+            *destination++ = reinterpret_cast<sCommand*>((l & ~mask) | (r & mask));
+            *destinationKey++ = (a & ~static_cast<u32>(mask)) | (b & static_cast<u32>(mask));
+            j += takeRight;
+            i += 1u - takeRight;
+        } while (--steps != 0);
     }
+    memcpy(destination, source + i, (leftCount - i) * sizeof(sCommand*));
+    memcpy(destinationKey, sourceKey + i, (leftCount - i) * sizeof(u32));
+    destination += leftCount - i;
+    destinationKey += leftCount - i;
+    memcpy(destination, right + j, (rightCount - j) * sizeof(sCommand*));
+    memcpy(destinationKey, rightKey + j, (rightCount - j) * sizeof(u32));
 }
 
 // ---------------------------------------------------------------------------

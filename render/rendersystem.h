@@ -110,9 +110,7 @@ public:
     static RenderSystem* getInstance() { return mpInstance; }
     void destroy() override;
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(TypeInfo)
 
     // Postprocess after the tools' drawing; destroyed after the tools.
     void setup() override;
@@ -164,8 +162,12 @@ private:
     void sortCommandBuffer();
     void sortCommandJob4(u32 index, void* user);
     void sortCommandJob(u32 index, void* user);
-    static void sortCommandEach4(sCommand** destination, sCommand** source, u32 remaining);
-    static void sortCommandEach(sCommand** destination, sCommand** source, u32 width, u32 remaining);
+    // Entries and their keys move together; destination and source are the
+    // same position in the other pair of arrays.
+    static void sortCommandEach4(sCommand** destination, u32* destinationKey, sCommand* const* source,
+                                 u32 const* sourceKey, u32 remaining);
+    static void sortCommandEach(sCommand** destination, u32* destinationKey, sCommand* const* source,
+                                u32 const* sourceKey, u32 width, u32 remaining);
 
     void beginScene();
     void endScene();
@@ -191,15 +193,17 @@ private:
     u32 mDrawCount;
     InstantAllocator* mpCommandAllocator;
     sCommand** mpCommandEntry[2];
+    // The key of each entry beside it, so that the sort reads keys in order
+    // instead of through the scattered commands.
+    u32* mpCommandKey[2];
     sCommand** mpSortedEntry;
     Atomic mEntryCount;
     List<RenderObject> mRenderObjects;
     u32 mBuildFrame;
     u32 mExecuteFrame;
 
-    // The pass that the sort jobs work on.
-    sCommand** mpSortSource;
-    sCommand** mpSortDestination;
+    // The pass that the sort jobs work on: which pair of arrays is read.
+    u32 mSortSource;
     u32 mSortCount;
     u32 mSortWidth;
 

@@ -1,13 +1,15 @@
 #include "render/viewsystem.h"
 
 #include "foundation/debug.h"
+#include "reflection/objectlist.h"
+#include "reflection/property.h"
 #include "render/drawcontext.h"
 #include "render/rendersystem.h"
 #include "tool/toolsystem.h"
 #include "unit/unitsystem.h"
 
-TypeInfo ViewSystem::mUniqueTypeInfo("ViewSystem", "System", 2);
-TypeInfo ViewSystem::View::mUniqueTypeInfo("View", "ObjectBase", 0);
+IMPLEMENT_TYPEINFO(ViewSystem, "System", TypeInfo::eAttribute_Singleton);
+IMPLEMENT_OBJECT_TYPEINFO(ViewSystem::View, "ObjectBase");
 ViewSystem* ViewSystem::mpInstance = nullptr;
 
 // ---------------------------------------------------------------------------
@@ -18,6 +20,15 @@ ViewSystem::View::View() : mEnable(false), mGrid(false), mIndex(0)
     sRect const window = RenderSystem::getInstance() != nullptr ? RenderSystem::getInstance()->getWindowRect() : sRect::Zero;
     mViewport = window;
     mProjection = window;
+}
+
+void ViewSystem::View::makePropertyList(PropertyList& list)
+{
+    list.add(new ReferenceProperty<AutoString>("Name", &mName));
+    list.add(new ReferenceProperty<bool>("Enable", &mEnable));
+    list.add(new ReferenceProperty<bool>("Grid", &mGrid));
+    list.add(new ReferenceProperty<sRect>("Viewport", &mViewport));
+    list.add(new ReferenceProperty<sRect>("Projection", &mProjection));
 }
 
 void ViewSystem::View::draw(DrawContext* context)

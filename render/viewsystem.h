@@ -33,8 +33,10 @@ public:
         u32 getIndex() const { return mIndex; }
         AutoString const& getName() const { return mName; }
 
-        TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-        static TypeInfo mUniqueTypeInfo;
+        // Name, Enable, Grid, Viewport, Projection.
+        void makePropertyList(PropertyList& list) override;
+
+        DECLARE_TYPEINFO(UniqueTypeInfo<View>)
 
     private:
         friend class ViewSystem;
@@ -53,9 +55,7 @@ public:
     static ViewSystem* getInstance() { return mpInstance; }
     void destroy() override;
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(TypeInfo)
 
     void setup() override;
     void preprocess() override {}

@@ -9,7 +9,7 @@
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
 
-TypeInfo ToolSystem::mUniqueTypeInfo("ToolSystem", "System", 2);
+IMPLEMENT_TYPEINFO(ToolSystem, "System", TypeInfo::eAttribute_Singleton);
 ToolSystem* ToolSystem::mpInstance = nullptr;
 
 // The records with a pointer are four bytes longer than on 32-bit, where a
@@ -93,12 +93,25 @@ void ToolSystem::destroy()
     mpInstance = nullptr;
 }
 
-ToolSystem::ToolSystem() : mpFontTexture(nullptr), mpDrawContext(nullptr), mpCommandBuffer(nullptr), mCommandReserved(0)
+ToolSystem::ToolSystem() : mToolTypeInfoList(), mpFontTexture(nullptr), mpDrawContext(nullptr), mpCommandBuffer(nullptr), mCommandReserved(0)
 {
     DEV_ASSERT(mpInstance == nullptr, "ToolSystem already instanced.");
     createFontTexture();
     setProcessEnable(true, false, true);
-    // The tool classes of the type database are listed here once tools exist.
+    // Every tool class of the type database, counted first so that the list
+    // is sized once.
+    u32 const records = TypeInfo::getDataBaseSize();
+    u32 tools = 0;
+    for (u32 i = 0; i < records; ++i) {
+        tools += TypeInfo::getTypeInfo(i)->isDerivedFrom("ToolBase") ? 1 : 0;
+    }
+    mToolTypeInfoList.reserve(tools);
+    for (u32 i = 0; i < records; ++i) {
+        TypeInfo const* type = TypeInfo::getTypeInfo(i);
+        if (type->isDerivedFrom("ToolBase")) {
+            mToolTypeInfoList.addLast(type);
+        }
+    }
     mpCommandBuffer = new InstantAllocator(kCommandBufferSize, "CommandBuffer", System::getAllocator(), true);
     DEV_TRACE("ToolSystem : start.\n");
 }

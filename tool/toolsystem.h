@@ -10,6 +10,7 @@
 #include "foundation/allocator.h"
 #include "foundation/multithread.h"
 #include "foundation/types.h"
+#include "foundation/vector.h"
 
 class DrawContext;
 class Texture;
@@ -124,9 +125,7 @@ public:
     static ToolSystem* getInstance() { return mpInstance; }
     void destroy() override;
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(TypeInfo)
 
     // Preprocess after RenderSystem's.
     void setup() override;
@@ -135,6 +134,10 @@ public:
     void postprocess() override;
 
     Texture* getFontTexture() const { return mpFontTexture; }
+    // The type records derived from ToolBase, in database order. createTool
+    // (the tool for a resource type) and makeUIList (the font's texture
+    // control) join here with the tool classes and the widgets.
+    Vector<TypeInfo const> const& getToolTypeInfoList() const { return mToolTypeInfoList; }
 
     // -- Context builders: allocate and fill vertices of the context's
     // current declaration; they set no state apart from drawString's texture.
@@ -224,6 +227,7 @@ private:
     void drawStringRun(DrawContext* context, s64 x, s64 y, char const* text, u32 length, unsigned int size,
                        sColor color, s64 clipRight) const;
 
+    Vector<TypeInfo const> mToolTypeInfoList;
     Texture* mpFontTexture;
     DrawContext* mpDrawContext;
     InstantAllocator* mpCommandBuffer;

@@ -10,6 +10,7 @@
 #include "foundation/memorymanager.h"
 #include "platform/glcontext.h"
 #include "platform/platform.h"
+#include "reflection/property.h"
 
 namespace rendertest {
 
@@ -48,6 +49,7 @@ public:
         MemoryManager* memory = MemoryManager::getInstance();
         AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
         sApplication->setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
+        PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x1000, "Property"));
         System::setAllocator(memory->createAllocator(0x1000000, "System"));
     }
 

@@ -2,6 +2,8 @@
 // grid and the tools' recorded drawing, and the window's bounds event.
 #include "app/application.h"
 #include "platform/window.h"
+#include "reflection/objectlist.h"
+#include "reflection/property.h"
 #include "renderfixture.h"
 
 using namespace rendertest;
@@ -35,6 +37,28 @@ TEST_F(ViewSystemTest, GameViewsShowTheWorldOriginAtTheirCentre)
     EXPECT_STREQ(mpViews->getView(1).getName().c_str(), "GAME0");
     EXPECT_STREQ(mpViews->getView(4).getName().c_str(), "GAME3");
     EXPECT_TRUE(mpViews->getView(5).getName().empty());
+}
+
+TEST_F(ViewSystemTest, AViewPublishesItsFiveProperties)
+{
+    ViewSystem::View& view = mpViews->getView(2);
+    EXPECT_STREQ(view.getTypeInfo()->getName(), "ViewSystem::View");
+    PropertyList list;
+    view.makePropertyList(list);
+    ASSERT_EQ(list.size(), 5u);
+    char const* const names[] = {"Name", "Enable", "Grid", "Viewport", "Projection"};
+    unsigned int const types[] = {ePropertyType_String, ePropertyType_Bool, ePropertyType_Bool, ePropertyType_Rect,
+                                  ePropertyType_Rect};
+    u32 i = 0;
+    for (PropertyList::Iterator it = list.begin(); it != list.end(); ++it, ++i) {
+        EXPECT_STREQ((*it)->getName(), names[i]);
+        EXPECT_EQ((*it)->getType(), types[i]) << names[i];
+    }
+    *list.find("Grid", ePropertyType_Bool) = true;
+    *list.find("Viewport", ePropertyType_Rect) = sRect(1, 2, 30, 40);
+    EXPECT_TRUE(mpViews->getGrid(2));
+    EXPECT_EQ(mpViews->getViewport(2), sRect(1, 2, 30, 40));
+    EXPECT_STREQ(static_cast<AutoString>(*list.find("Name", ePropertyType_String)).c_str(), "GAME1");
 }
 
 TEST_F(ViewSystemTest, GridOverA1024By768ProjectionIsOneBatchOf108Vertices)
