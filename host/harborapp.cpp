@@ -17,6 +17,8 @@
 #include "serial/xmlreader.h"
 #include "serial/xmlwriter.h"
 #include "tool/toolsystem.h"
+#include "unit/unitbase.h"
+#include "unit/unitsystem.h"
 
 IMPLEMENT_TYPEINFO(HarborApp, "System", TypeInfo::eAttribute_Singleton);
 
@@ -51,14 +53,14 @@ void HarborApp::setup()
     PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x10000, "Property"));
     System::setAllocator(memory->createAllocator(0x1000000, "System"));
     ResourceBase::setAllocator(memory->createAllocator(0x2000000, "Resource"));
-    // Units take theirs once they exist.
-    memory->createAllocator(0x1000000, "Unit");
+    UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
 
     // The Systems, each at its fixed place in the manager; those still
-    // missing join at theirs.
+    // missing (UISystem) join at theirs.
     manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
     manager->addSystem(ResourceSystem::create());
     manager->addSystem(RenderSystem::create());
+    manager->addSystem(UnitSystem::create());
     // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
     manager->addSystem(HIDSystem::create());
     manager->addSystem(ViewSystem::create());
