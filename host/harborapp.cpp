@@ -11,10 +11,14 @@
 #include "reflection/property.h"
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
+#include "resource/resourcebase.h"
+#include "resource/resourcesystem.h"
 #include "serial/stream.h"
 #include "serial/xmlreader.h"
 #include "serial/xmlwriter.h"
 #include "tool/toolsystem.h"
+#include "unit/unitbase.h"
+#include "unit/unitsystem.h"
 
 IMPLEMENT_TYPEINFO(HarborApp, "System", TypeInfo::eAttribute_Singleton);
 
@@ -48,13 +52,15 @@ void HarborApp::setup()
     setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
     PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x10000, "Property"));
     System::setAllocator(memory->createAllocator(0x1000000, "System"));
-    // Resources and units take theirs once they exist.
-    memory->createAllocator(0x2000000, "Resource");
-    memory->createAllocator(0x1000000, "Unit");
+    ResourceBase::setAllocator(memory->createAllocator(0x2000000, "Resource"));
+    UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
 
-    // The Systems, each at its fixed place in the manager.
+    // The Systems, each at its fixed place in the manager; those still
+    // missing (UISystem) join at theirs.
     manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
+    manager->addSystem(ResourceSystem::create());
     manager->addSystem(RenderSystem::create());
+    manager->addSystem(UnitSystem::create());
     // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
     manager->addSystem(HIDSystem::create());
     manager->addSystem(ViewSystem::create());

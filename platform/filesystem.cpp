@@ -61,4 +61,26 @@ bool listDirectory(char const* path, void (*visit)(sDirectoryEntry const& entry,
     return true;
 }
 
+bool makeParentFolders(char const* path)
+{
+    if (path == nullptr) {
+        return false;
+    }
+    char folder[4096];
+    size_t const length = strlen(path);
+    if (length >= sizeof(folder)) {
+        return false;
+    }
+    memcpy(folder, path, length + 1);
+    for (char* slash = strchr(folder + 1, '/'); slash != nullptr; slash = strchr(slash + 1, '/')) {
+        *slash = '\0';
+        struct stat info;
+        if (stat(folder, &info) != 0 && mkdir(folder, 0777) != 0 && stat(folder, &info) != 0) {
+            return false;
+        }
+        *slash = '/';
+    }
+    return true;
+}
+
 } // namespace platform

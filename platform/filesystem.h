@@ -27,4 +27,9 @@ bool isFileExist(char const* path);
 // order the system gives them. False if the folder cannot be read.
 bool listDirectory(char const* path, void (*visit)(sDirectoryEntry const& entry, void* user), void* user);
 
+// Makes every missing folder on the way to the file at path (the part after
+// the last "/" is the file's name and is not made). False when one could not
+// be made.
+bool makeParentFolders(char const* path);
+
 } // namespace platform

@@ -7,6 +7,7 @@
 #include "render/drawcontext.h"
 #include "render/rendersystem.h"
 #include "tool/toolsystem.h"
+#include "unit/unitsystem.h"
 
 IMPLEMENT_TYPEINFO(ViewSystem, "System", TypeInfo::eAttribute_Singleton);
 IMPLEMENT_OBJECT_TYPEINFO(ViewSystem::View, "ObjectBase");
@@ -41,9 +42,11 @@ void ViewSystem::View::draw(DrawContext* context)
     context->setScissorRect(mViewport);
     context->setProjectionRect(mProjection);
 
-    // Units of this view (UnitSystem::draw) and the widgets that live in the
-    // scene (UISystem's draw with the context) come here, in that order,
-    // once those Systems exist.
+    if (UnitSystem* units = UnitSystem::getInstance()) {
+        units->draw(context);
+    }
+    // The widgets that live in the scene (UISystem's draw with the context)
+    // come here once that System exists.
 
     if (mGrid) {
         drawGrid(context);
@@ -142,8 +145,8 @@ ViewSystem::~ViewSystem()
 
 void ViewSystem::setup()
 {
-    // Game views update after the units have: addUpdateDependency on
-    // UnitSystem once it exists.
+    // Game views update after the units have.
+    addUpdateDependency(UnitSystem::getInstance());
 }
 
 void ViewSystem::update()

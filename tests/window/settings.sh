@@ -30,19 +30,6 @@ saved_thread_num() {
   sed -n 's/.*<JobThreadNum type="u32" count="0" index="0" value="\([0-9]*\)" \/>.*/\1/p' "$SETTINGS"
 }
 
-# close_window WINDOW: Alt+F4 through the window manager, sent again when a
-# busy machine lost it, then waits for the end (sets EXIT_STATUS).
-close_window() {
-  for _ in 1 2 3 4; do
-    kill -0 "$APP_PID" 2>/dev/null || break
-    xdotool getwindowname "$1" >/dev/null 2>&1 || break
-    activate "$1"
-    xdotool key --clearmodifiers alt+F4
-    for _ in $(seq 100); do kill -0 "$APP_PID" 2>/dev/null || break; sleep 0.05; done
-  done
-  wait_exit
-}
-
 run_host() { # run_host LOG: starts the host, sets APP_PID and WID
   "$HARBOR" </dev/null 2>"$1" &
   APP_PID=$!
@@ -60,7 +47,7 @@ wanted=3
 timeout 30 gdb -p "$APP_PID" -batch -ex "call JobSystem::mpInstance->setJobThreadNum($wanted)" >/dev/null 2>&1 || true
 changed=$(thread_num "$APP_PID")
 [ "$changed" = "$wanted" ] || fail "the property did not change ($changed, wanted $wanted)"
-close_window "$WID"
+close_and_wait "$WID"
 [ "$EXIT_STATUS" -eq 0 ] || { cat "$log1" >&2; fail "first run ended with status $EXIT_STATUS"; }
 grep -q -F "File open error." "$log1" || { cat "$log1" >&2; fail "a missing settings file was not traced"; }
 [ -e "$SETTINGS" ] || fail "no settings file written"
@@ -74,7 +61,7 @@ grep -q '^<HarborApp typeinfo="HarborApp" id="[0-9]*" stable="true" >$' "$SETTIN
 log2="$ARTIFACTS/settings.second.stderr"
 run_host "$log2"
 read_back=$(thread_num "$APP_PID")
-close_window "$WID"
+close_and_wait "$WID"
 [ "$EXIT_STATUS" -eq 0 ] || { cat "$log2" >&2; fail "second run ended with status $EXIT_STATUS"; }
 [ "$read_back" = "$wanted" ] || fail "JobThreadNum read back as '$read_back', wanted $wanted"
 grep -q -F "File open error." "$log2" && fail "the settings file did not open on the second run"

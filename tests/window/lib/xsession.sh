@@ -64,8 +64,12 @@ activate() {
 # close_and_wait WINDOW: closes it through the window manager (Alt+F4) and
 # sets EXIT_STATUS; fails when the program has not ended within 20 s.
 close_and_wait() {
-  activate "$1"
-  xdotool key --clearmodifiers alt+F4
+  # A busy machine may lose a key press: it is sent again until the program ends.
+  for _ in $(seq 10); do
+    activate "$1"
+    xdotool key --clearmodifiers alt+F4
+    for _ in $(seq 40); do kill -0 "$APP_PID" 2>/dev/null || break 2; sleep 0.05; done
+  done
   wait_exit
 }
 

@@ -1,0 +1,178 @@
+#include "resourcetest.h"
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include "app/application.h"
+#include "foundation/autostring.h"
+#include "platform/window.h"
+#include "render/rendersystem.h"
+#include "resource/resourcebase.h"
+#include "resource/resourcesystem.h"
+
+namespace {
+
+// Each block a separate allocation, so that the address sanitizer sees the
+// bounds of every file and image the readers handle (one region carved up
+// would hide a read past a block). Counts the bytes in use.
+class CheckedHeap : public AllocatorBase {
+public:
+    explicit CheckedHeap(char const* name) : AllocatorBase(16, name, nullptr, true) {}
+    void* allocate(int size, unsigned int) override
+    {
+        u32 const bytes = static_cast<u32>(size < 0 ? -size : size);
+        u8* block = new u8[bytes + 16]; // the size first, keeping new[]'s alignment
+        memcpy(block, &bytes, sizeof(bytes));
+        mUsed.add(static_cast<int>(bytes));
+        return block + 16;
+    }
+    void deallocate(void* pointer) override
+    {
+        if (u8* block = pointer != nullptr ? static_cast<u8*>(pointer) - 16 : nullptr) {
+            mUsed.sub(*reinterpret_cast<int*>(block));
+            delete[] block;
+        }
+    }
+    void clear() override {}
+    u32 getUsedSize() override { return static_cast<u32>(mUsed.get()); }
+
+private:
+    Atomic mUsed;
+};
+
+class TestApplication : public Application {
+public:
+    explicit TestApplication(sInitializer const* initializer) : Application(initializer) {}
+    void setup() override {}
+    void update(float) override {}
+};
+
+CheckedHeap* sResourceHeap = nullptr;
+CheckedHeap* sTempHeap = nullptr;
+
+// One headless application for the program: the data root and the
+// temporary heap. The string and resource heaps stay to the end.
+class ResourceTestEnvironment : public testing::Environment {
+public:
+    void SetUp() override
+    {
+        platform::setHeadless(true);
+        AutoString::setAllocator(new GPAllocator(0x4000000, "String", nullptr, 32, true));
+        static Application::sInitializer const initializer = {"Resource test", 320, 240, 60, 20, 60};
+        mpApplication = new TestApplication(&initializer);
+        mpApplication->setTempAllocator(sTempHeap = new CheckedHeap("Temp"));
+        ResourceBase::setAllocator(sResourceHeap = new CheckedHeap("Resource"));
+    }
+    void TearDown() override
+    {
+        delete mpApplication;
+        EXPECT_EQ(sTempHeap->getUsedSize(), 0u); // every load gave its memory back
+        delete sTempHeap;
+    }
+
+private:
+    Application* mpApplication = nullptr;
+};
+
+testing::Environment* const sEnvironment = testing::AddGlobalTestEnvironment(new ResourceTestEnvironment);
+
+u8 byteOf(u32 value)
+{
+    return static_cast<u8>(value & 255u);
+}
+
+} // namespace
+
+namespace restest {
+
+std::string readFile(std::string const& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+void writeFile(std::string const& path, std::string const& bytes)
+{
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+std::string readSample(char const* name)
+{
+    std::string const bytes = readFile(std::string(HARBOR_SOURCE_DIR) + "/resources/intermediate/samples/" + name);
+    EXPECT_FALSE(bytes.empty()) << name;
+    return bytes;
+}
+
+AllocatorBase* getResourceHeap()
+{
+    return sResourceHeap;
+}
+
+sImage makeTgaSample()
+{
+    sImage image{16, 8, {}};
+    for (u32 y = 0; y < image.mHeight; ++y) {
+        for (u32 x = 0; x < image.mWidth; ++x) {
+            image.mPixels.insert(image.mPixels.end(), {byteOf(x * 16), byteOf(y * 32), byteOf(x * y * 7), byteOf(255 - x * 8)});
+        }
+    }
+    return image;
+}
+
+sImage makeBmpSample(u32 bits)
+{
+    sImage image{13, 5, {}};
+    for (u32 y = 0; y < image.mHeight; ++y) {
+        for (u32 x = 0; x < image.mWidth; ++x) {
+            u32 const i = (x + y * 3) % (1u << (bits == 24 ? 1 : bits));
+            if (bits == 24) {
+                image.mPixels.insert(image.mPixels.end(), {byteOf((x + y) * 10), byteOf(y * 50), byteOf(x * 19), 255});
+            } else { // the palette entry's bytes as stored, blue first; 1 bit takes alpha 255
+                image.mPixels.insert(image.mPixels.end(), {byteOf(i * 37), byteOf(i * 91 + 7), byteOf(i * 53 + 11),
+                                                           bits == 1 ? u8(255) : byteOf(i * 5)});
+            }
+        }
+    }
+    return image;
+}
+
+std::string encodeTex(sImage const& image)
+{
+    std::string bytes("TEX \x01\0\0\0", 8);
+    for (u32 size : {image.mWidth, image.mHeight}) {
+        bytes += {static_cast<char>(size & 255), static_cast<char>(size >> 8)};
+    }
+    return bytes.append(image.mPixels.begin(), image.mPixels.end());
+}
+
+} // namespace restest
+
+void ResourceTest::SetUp()
+{
+    mName = testing::UnitTest::GetInstance()->current_test_info()->name();
+    RenderSystem::create();
+    ResourceSystem::create();
+}
+
+void ResourceTest::TearDown()
+{
+    if (ResourceSystem::getInstance() != nullptr) {
+        ResourceSystem::getInstance()->destroy();
+    }
+    // Fatal "Texture leak." while a texture is still held.
+    RenderSystem::getInstance()->destroy();
+    std::filesystem::remove_all(intermediateFile(""));
+    std::filesystem::remove_all(nativeFile(""));
+}
+
+std::string ResourceTest::intermediateFile(std::string const& name) const
+{
+    return Application::getInstance()->getIntermediatePath() + local(name);
+}
+
+std::string ResourceTest::nativeFile(std::string const& name) const
+{
+    return Application::getInstance()->getNativePath() + local(name);
+}
