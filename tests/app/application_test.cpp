@@ -2,6 +2,7 @@
 // scripted clock and scripted platform events on a headless window.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <vector>
 
 #include "app/application.h"
@@ -49,6 +50,17 @@ Application::sInitializer makeInitializer(u32 rate, u32 minimum, u32 maximum)
 class ApplicationTest : public testing::Test {
 protected:
     void SetUp() override { platform::setHeadless(true); }
+    // The host's rates unless told otherwise.
+    PacedApp& launch(u32 rate = 60, u32 minimum = 20, u32 maximum = 240)
+    {
+        mApp.reset();
+        mInit = makeInitializer(rate, minimum, maximum);
+        mApp.reset(new PacedApp(&mInit, &clock));
+        return *mApp;
+    }
+    ScriptedClock clock;
+    Application::sInitializer mInit;
+    std::unique_ptr<PacedApp> mApp;
 };
 
 constexpr u64 kMs = 1000000ull;
@@ -57,57 +69,34 @@ constexpr u64 kMs = 1000000ull;
 
 TEST_F(ApplicationTest, ConstructorClampsRatesAroundTheNominalRate)
 {
-    ScriptedClock clock;
-    Application::sInitializer low = makeInitializer(60, 90, 240);
-    {
-        PacedApp app(&low, &clock);
-        EXPECT_EQ(app.getMinFrameRate(), 60.0f);
-        EXPECT_EQ(app.getMaxFrameRate(), 240.0f);
-    }
-    Application::sInitializer high = makeInitializer(60, 20, 30);
-    {
-        PacedApp app(&high, &clock);
-        EXPECT_EQ(app.getMinFrameRate(), 20.0f);
-        EXPECT_EQ(app.getMaxFrameRate(), 60.0f);
-    }
-    Application::sInitializer both = makeInitializer(60, 90, 30);
-    {
-        PacedApp app(&both, &clock);
-        EXPECT_EQ(app.getMinFrameRate(), app.getMaxFrameRate());
-        clock.mNow = 0;
-        app.checkInterval();
-        clock.mNow = 16666666ull * 3;
-        app.checkInterval();
-        ASSERT_EQ(app.mDeltas.size(), 1u);
-        EXPECT_EQ(app.mDeltas[0], 1.0f) << "both clamps give fixed mode";
-    }
+    EXPECT_EQ(launch(60, 90, 240).getMinFrameRate(), 60.0f);
+    EXPECT_EQ(launch(60, 20, 30).getMaxFrameRate(), 60.0f);
+    PacedApp& app = launch(60, 90, 30);
+    EXPECT_EQ(app.getMinFrameRate(), app.getMaxFrameRate());
+    clock.mNow = 0;
+    app.checkInterval();
+    clock.mNow = 16666666ull * 3;
+    app.checkInterval();
+    EXPECT_EQ(app.mDeltas, std::vector<float>{1.0f}) << "both clamps give fixed mode";
 }
 
 TEST_F(ApplicationTest, FrameCountsComeFromTheTimebase)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 20, 240);
-    {
-        PacedApp app(&init, &clock);
-        EXPECT_EQ(app.getCountPerFrame(), 16666666u);
-        EXPECT_EQ(app.getMinFrameCount(), 4166666u);
-        EXPECT_EQ(app.getMaxFrameCount(), 50000000u);
-    }
+    PacedApp* app = &launch();
+    EXPECT_EQ(app->getCountPerFrame(), 16666666u);
+    EXPECT_EQ(app->getMinFrameCount(), 4166666u);
+    EXPECT_EQ(app->getMaxFrameCount(), 50000000u);
     clock.mNumerator = 125;
     clock.mDenominator = 3;
-    {
-        PacedApp app(&init, &clock);
-        EXPECT_EQ(app.getCountPerFrame(), 400000u);
-        EXPECT_EQ(app.getMinFrameCount(), 100000u);
-        EXPECT_EQ(app.getMaxFrameCount(), 1200000u);
-    }
+    app = &launch();
+    EXPECT_EQ(app->getCountPerFrame(), 400000u);
+    EXPECT_EQ(app->getMinFrameCount(), 100000u);
+    EXPECT_EQ(app->getMaxFrameCount(), 1200000u);
 }
 
 TEST_F(ApplicationTest, VariableModeRunsNoFrameOnFirstTickAndMeasuresFromIt)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 20, 240);
-    PacedApp app(&init, &clock);
+    PacedApp& app = launch();
     u64 const start = clock.mNow;
     app.checkInterval();
     EXPECT_TRUE(app.mDeltas.empty());
@@ -130,9 +119,7 @@ TEST_F(ApplicationTest, VariableModeRunsNoFrameOnFirstTickAndMeasuresFromIt)
 
 TEST_F(ApplicationTest, VariableModeStallIsClampedAndNotMadeUp)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 20, 240);
-    PacedApp app(&init, &clock);
+    PacedApp& app = launch();
     u64 const start = clock.mNow;
     app.checkInterval();
     clock.mNow = start + 1000 * kMs;  // a stall of one second
@@ -150,9 +137,7 @@ TEST_F(ApplicationTest, VariableModeStallIsClampedAndNotMadeUp)
 
 TEST_F(ApplicationTest, VariableModeAverageIsABlockOf32)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 20, 240);
-    PacedApp app(&init, &clock);
+    PacedApp& app = launch();
     u64 now = clock.mNow;
     app.checkInterval();
     for (int frame = 1; frame <= 31; ++frame) {
@@ -180,9 +165,7 @@ TEST_F(ApplicationTest, VariableModeAverageIsABlockOf32)
 
 TEST_F(ApplicationTest, VariableModeWaitOfOneMillisecondDoesNotSleep)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 20, 240);
-    PacedApp app(&init, &clock);
+    PacedApp& app = launch();
     u64 const start = clock.mNow;
     app.checkInterval();
     // 1.5 ms short of the shortest frame truncates to a wait of 1: no sleep.
@@ -198,9 +181,7 @@ TEST_F(ApplicationTest, VariableModeWaitOfOneMillisecondDoesNotSleep)
 
 TEST_F(ApplicationTest, FixedModeJumpsOverMissedFramesWithOneUpdate)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 60, 60);
-    PacedApp app(&init, &clock);
+    PacedApp& app = launch(60, 60, 60);
     u64 const start = clock.mNow;
     app.checkInterval();
     EXPECT_EQ(app.getAverageFrameRate(), 0.0f);
@@ -224,9 +205,7 @@ TEST_F(ApplicationTest, FixedModeJumpsOverMissedFramesWithOneUpdate)
 
 TEST_F(ApplicationTest, FixedModeSleepsUntilTheNextFrameLessOneMillisecond)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 60, 60);
-    PacedApp app(&init, &clock);
+    PacedApp& app = launch(60, 60, 60);
     u64 const start = clock.mNow;
     app.checkInterval();
     clock.mNow = start + 16666666;
@@ -256,9 +235,7 @@ TEST_F(ApplicationTest, NullInitializerLeavesEverythingUnset)
 
 TEST_F(ApplicationTest, ConstructionMakesPathsAndManagers)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 20, 240);
-    PacedApp app(&init, &clock);
+    PacedApp& app = launch();
     EXPECT_EQ(Application::getInstance(), &app);
     ASSERT_NE(app.getWindowHandle(), nullptr);
     ASSERT_NE(MemoryManager::getInstance(), nullptr);
@@ -273,9 +250,7 @@ TEST_F(ApplicationTest, ConstructionMakesPathsAndManagers)
 
 TEST_F(ApplicationTest, SecondTempAllocatorIsFatal)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 20, 240);
-    PacedApp app(&init, &clock);
+    PacedApp& app = launch();
     AllocatorBase* fake = reinterpret_cast<AllocatorBase*>(&clock);
     app.setTempAllocator(fake);
     EXPECT_EQ(app.getTempAllocator(), fake);
@@ -299,9 +274,7 @@ platform::sEvent mouseEvent(u32 kind, int globalX, int globalY, u16 button = 0)
 
 TEST_F(ApplicationTest, MouseButtonsMapToBitsAndIgnoreOthers)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 20, 240);
-    PacedApp app(&init, &clock);
+    PacedApp& app = launch();
     platform::sEvent up = mouseEvent(platform::eEventMouseUp, 150, 150, 2);
     Application::eventHandler(nullptr, &up, &app);
     EXPECT_EQ(app.getMouseButton(), 0u) << "releasing a button that was not down";
@@ -320,9 +293,7 @@ TEST_F(ApplicationTest, MouseButtonsMapToBitsAndIgnoreOthers)
 
 TEST_F(ApplicationTest, CursorIsClampedExceptWhileDragging)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 20, 240);
-    PacedApp app(&init, &clock);  // content at 100,100, 1024 by 768
+    PacedApp& app = launch();  // content at 100,100, 1024 by 768
     platform::sEvent move = mouseEvent(platform::eEventMouseMoved, 150, 130);
     Application::eventHandler(nullptr, &move, &app);
     EXPECT_EQ(app.getCursorPosition(), sPoint(50, 30));
@@ -338,9 +309,7 @@ TEST_F(ApplicationTest, CursorIsClampedExceptWhileDragging)
 
 TEST_F(ApplicationTest, WheelAccumulatesPerAxis)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 20, 240);
-    PacedApp app(&init, &clock);
+    PacedApp& app = launch();
     platform::sEvent wheel = mouseEvent(platform::eEventMouseWheelMoved, 150, 150);
     wheel.mWheelAxis = 1;
     wheel.mWheelDelta = -3;
@@ -354,9 +323,7 @@ TEST_F(ApplicationTest, WheelAccumulatesPerAxis)
 
 TEST_F(ApplicationTest, BoundsEventStoresTheNewSize)
 {
-    ScriptedClock clock;
-    Application::sInitializer init = makeInitializer(60, 20, 240);
-    PacedApp app(&init, &clock);
+    PacedApp& app = launch();
     ASSERT_TRUE(platform::installEventHandler(app.getWindowHandle(), &Application::eventHandler, &app));
     platform::resizeHeadlessWindow(app.getWindowHandle(), 640, 480);
     EXPECT_EQ(app.getWindowWidth(), 640u);
