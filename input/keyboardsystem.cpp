@@ -1,6 +1,7 @@
 #include "input/keyboardsystem.h"
 
 #include "foundation/debug.h"
+#include "tool/toolsystem.h"
 #include "input/hidsystem.h"
 
 TypeInfo KeyboardSystem::mUniqueTypeInfo("KeyboardSystem", "System", 2);
@@ -47,8 +48,8 @@ KeyboardSystem::~KeyboardSystem()
 
 void KeyboardSystem::setup()
 {
-    // The tool windows' widgets read the key state: once ToolSystem exists,
-    // this System declares a destroy dependency on it here.
+    // The tool windows' widgets read the key state until they are gone.
+    addDestroyDependency(ToolSystem::getInstance());
 }
 
 void KeyboardSystem::update()

@@ -2,6 +2,7 @@
 
 #include "app/application.h"
 #include "foundation/debug.h"
+#include "tool/toolsystem.h"
 
 TypeInfo MouseSystem::mUniqueTypeInfo("MouseSystem", "System", 2);
 MouseSystem* MouseSystem::mpInstance = nullptr;
@@ -44,8 +45,8 @@ MouseSystem::~MouseSystem()
 
 void MouseSystem::setup()
 {
-    // The tool windows' widgets read the mouse state: once ToolSystem exists,
-    // this System declares a destroy dependency on it here.
+    // The tool windows' widgets read the mouse state until they are gone.
+    addDestroyDependency(ToolSystem::getInstance());
 }
 
 void MouseSystem::update()
