@@ -238,31 +238,24 @@ AutoString const& XmlReader::intern(u32 length)
 
 u32 XmlReader::getWord(TextStreamAccessor* accessor)
 {
-    skipSpace(accessor);
-    u32 length = 0;
-    int c;
-    for (;;) {
-        c = accessor->getChar();
-        if (!isWordCharacter(c)) {
-            break;
-        }
-        putScratch(length++, static_cast<char>(c));
-    }
-    if (!isConsumedTerminator(c)) {
-        accessor->backforward();
-    }
-    putScratch(length, '\0');
-    return length;
+    return getToken(accessor, &isWordCharacter);
 }
 
 u32 XmlReader::getValue(TextStreamAccessor* accessor)
+{
+    return getToken(accessor, &isValueCharacter);
+}
+
+// Reads the run of accepted characters into the scratch buffer; the first
+// other character is given back unless it ends the token by itself.
+u32 XmlReader::getToken(TextStreamAccessor* accessor, bool (*accept)(int))
 {
     skipSpace(accessor);
     u32 length = 0;
     int c;
     for (;;) {
         c = accessor->getChar();
-        if (!isValueCharacter(c)) {
+        if (!accept(c)) {
             break;
         }
         putScratch(length++, static_cast<char>(c));

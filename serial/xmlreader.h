@@ -70,6 +70,7 @@ private:
     // Both collect into mpScratch and answer the length.
     u32 getWord(TextStreamAccessor* accessor);
     u32 getValue(TextStreamAccessor* accessor);
+    u32 getToken(TextStreamAccessor* accessor, bool (*accept)(int));
     void putScratch(u32 length, char character);
     // The scratch text as a string, shared with an earlier equal one where
     // the cache has it: names and most values repeat throughout a file.
