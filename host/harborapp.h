@@ -26,3 +26,26 @@ private:
     void readSettings();
     void writeSettings();
 };
+
+// Runs a host class as the program does: the window 1024 by 768, nominal rate
+// 60 between 20 and 240, the host on the stack, set up, run until the window
+// closes. Returns the exit status.
+template <typename Host>
+int runHost(char const* title)
+{
+    Application::sInitializer initializer;
+    initializer.mpTitle = title;
+    initializer.mWindowWidth = 1024;
+    initializer.mWindowHeight = 768;
+    initializer.mFrameRate = 60;
+    initializer.mMinFrameRate = 20;
+    initializer.mMaxFrameRate = 240;
+
+    u32 result = 0;
+    {
+        Host application(&initializer);
+        application.setup();
+        result = application.execute();
+    }
+    return static_cast<int>(result);
+}

@@ -62,19 +62,5 @@ private:
 
 int main()
 {
-    Application::sInitializer initializer;
-    initializer.mpTitle = "Harbor Input Probe";
-    initializer.mWindowWidth = 1024;
-    initializer.mWindowHeight = 768;
-    initializer.mFrameRate = 60;
-    initializer.mMinFrameRate = 20;
-    initializer.mMaxFrameRate = 240;
-
-    u32 result = 0;
-    {
-        InputProbe application(&initializer);
-        application.setup();
-        result = application.execute();
-    }
-    return static_cast<int>(result);
+    return runHost<InputProbe>("Harbor Input Probe");
 }
