@@ -2,6 +2,7 @@
 // the hand-over of entries, clears, duplicate, and the recording from several
 // job threads at once. Checked on the recorded commands, with or without GL.
 #include <cstring>
+#include <string>
 
 #include "renderfixture.h"
 #include "scene.h"
@@ -108,35 +109,29 @@ TEST_F(DrawContextTest, PointsAndLinesMoveHalfAPixelQuadsAndTexturedVerticesDoNo
 {
     runFrame([&](DrawContext* context) {
         windowState(context, 0);
-        ePrimitiveType const types[3] = {ePrimitiveType_Line, ePrimitiveType_Quad, ePrimitiveType_Point};
-        for (u32 i = 0; i < 3; ++i) {
-            context->setDrawLevel(0, i);
-            plain(context, types[i], types[i] == ePrimitiveType_Quad ? 4 : types[i] == ePrimitiveType_Line ? 2 : 1, 10, 20);
-        }
+        plain(context, ePrimitiveType_Line, 2, 10, 20);
+        context->setDrawLevel(0, 1);
+        plain(context, ePrimitiveType_Quad, 4, 10, 20);
+        context->setDrawLevel(0, 2);
+        plain(context, ePrimitiveType_Point, 1, 10, 20);
         context->setDrawLevel(0, 3);
         context->setVertexDecl(eVertexDecl_Textured);
         DrawContext::sTexturedVertex* vertex =
             static_cast<DrawContext::sTexturedVertex*>(context->allocateVertices(ePrimitiveType_Line, 2));
-        for (int i = 0; i < 2; ++i) {
-            vertex[i].mPosition = sVector(sFixed(10, 16), sFixed(0x8000, 0) + sFixed(20, 16));
-            vertex[i].mColor = sColor(1, 2, 3, 4);
-            vertex[i].mTexcoord = sTexcoord(7, 9);
-        }
+        vertex[0] = vertex[1] = {sVector(sFixed(10, 16), sFixed(0x8000, 0) + sFixed(20, 16)), sColor(1, 2, 3, 4),
+                                 sTexcoord(7, 9)};
     });
     std::vector<sDrawCommand const*> draws = sortedDraws();
     ASSERT_EQ(draws.size(), 4u);
-    float const expected[3][2] = {{10.5f, 20.5f}, {10.0f, 20.0f}, {10.5f, 20.5f}}; // line, quad, point
+    std::string positions;
     for (u32 i = 0; i < 3; ++i) {
         sOutputVertex const* out = static_cast<sOutputVertex const*>(draws[i]->mpVertices);
-        EXPECT_EQ(out->x, expected[i][0]) << i;
-        EXPECT_EQ(out->y, expected[i][1]) << i;
-        EXPECT_EQ(out->z, 0.0f);
+        positions += std::to_string(out->x) + "," + std::to_string(out->y) + "," + std::to_string(out->z) + " ";
     }
+    EXPECT_EQ(positions, "10.500000,20.500000,0.000000 10.000000,20.000000,0.000000 10.500000,20.500000,0.000000 ");
     sOutputTexturedVertex const* textured = static_cast<sOutputTexturedVertex const*>(draws[3]->mpVertices);
-    EXPECT_EQ(textured->x, 10.0f);
-    EXPECT_EQ(textured->y, 20.5f) << "16.16 turns into float exactly";
-    EXPECT_EQ(textured->u, 7);
-    EXPECT_EQ(textured->v, 9);
+    EXPECT_TRUE(textured->x == 10.0f && textured->y == 20.5f) << "16.16 turns into float exactly";
+    EXPECT_TRUE(textured->u == 7 && textured->v == 9);
     EXPECT_EQ(textured->mColor, static_cast<unsigned int>(sColor(1, 2, 3, 4)));
 }
 

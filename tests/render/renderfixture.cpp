@@ -146,11 +146,7 @@ std::vector<sColor> RenderTest::readWindow() const
 
 sColor RenderTest::readPixel(int x, int y) const
 {
-    sColor pixel(0, 0, 0, 0);
-    glReadBuffer(GL_BACK);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(x, kWindowHeight - 1 - y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, &pixel);
-    return pixel;
+    return readWindow()[static_cast<size_t>((kWindowHeight - 1 - y) * kWindowWidth + x)];
 }
 
 void RenderTest::expectPixels(std::initializer_list<Probe> probes) const

@@ -59,17 +59,30 @@ TEST(ToolSystemFont, GlyphsSitInSixByTwelveCellsFromTheSpace)
     }
 }
 
-TEST_F(ToolSystemTest, GlyphLoopWritesOneQuadPerCharacterWithItsCell)
+TEST_F(ToolSystemTest, GlyphLoopWritesOneQuadPerCharacterWithItsCellWithinTheClip)
 {
+    sRect const clip(10, 20, 25, 32);
+    std::string const longText(600, 'x');
     runFrame([&](DrawContext* context) {
         windowState(context, 0);
         context->setVertexDecl(eVertexDecl_Textured);
         mpTools->drawString(context, sPoint(10, 20), "A~", 6, sColor::Yellow, sRect::Max);
         context->setDrawLevel(0, 1);
         mpTools->drawString(context, sPoint(100, 20), "!", 12, sColor::Yellow, sRect::Max);
+        context->setDrawLevel(0, 2);
+        mpTools->drawString(context, sPoint(9, 20), "A", 6, sColor::White, clip);  // left of the clip
+        mpTools->drawString(context, sPoint(10, 21), "A", 6, sColor::White, clip); // 12 high does not fit
+        mpTools->drawString(context, sPoint(20, 20), "A", 6, sColor::White, clip); // 26 is past the right
+        mpTools->drawString(context, sPoint(10, 20), "", 6, sColor::White, clip);
+        mpTools->drawString(context, sPoint(10, 20), nullptr, 6, sColor::White, clip);
+        mpTools->drawString(context, sPoint(10, 20), "ABCD", 6, sColor::White, clip);
+        context->setDrawLevel(0, 3);
+        mpTools->drawString(context, sPoint(0, 0), "\x01\xC8", 6, sColor::White, sRect::Max); // outside the font
+        context->setDrawLevel(0, 4);
+        mpTools->drawString(context, sPoint(0, 0), longText.c_str(), 1, sColor::White, sRect::Max);
     });
     std::vector<sDrawCommand const*> draws = sortedDraws();
-    ASSERT_EQ(draws.size(), 2u);
+    ASSERT_GE(draws.size(), 5u);
     EXPECT_EQ(draws[0]->mpTexture, mpTools->getFontTexture());
     ASSERT_EQ(draws[0]->getVertexCount(), 8u);
     // 'A' is cell 33 (column 1, row 2), '~' cell 94 (column 14, row 5), one cell
@@ -80,53 +93,22 @@ TEST_F(ToolSystemTest, GlyphLoopWritesOneQuadPerCharacterWithItsCell)
     // Size 12: a cell of 12 by 24 pixels over the same 6 by 12 texels.
     EXPECT_EQ(vertices(static_cast<sOut const*>(draws[1]->mpVertices), 4),
               "100,20/6,0 112,20/12,0 100,44/6,12 112,44/12,12");
-}
-
-TEST_F(ToolSystemTest, TheFirstCellMustFitTheClipAndTheRestStopsAtItsRightEdge)
-{
-    sRect const clip(10, 20, 25, 32);
-    runFrame([&](DrawContext* context) {
-        windowState(context, 0);
-        context->setVertexDecl(eVertexDecl_Textured);
-        mpTools->drawString(context, sPoint(9, 20), "A", 6, sColor::White, clip);  // left of the clip
-        mpTools->drawString(context, sPoint(10, 21), "A", 6, sColor::White, clip); // 12 high does not fit
-        mpTools->drawString(context, sPoint(20, 20), "A", 6, sColor::White, clip); // 26 is past the right
-        mpTools->drawString(context, sPoint(10, 20), "", 6, sColor::White, clip);
-        mpTools->drawString(context, sPoint(10, 20), nullptr, 6, sColor::White, clip);
-        context->setDrawLevel(0, 1);
-        mpTools->drawString(context, sPoint(10, 20), "ABCD", 6, sColor::White, clip);
-    });
-    std::vector<sDrawCommand const*> draws = sortedDraws();
-    ASSERT_EQ(draws.size(), 1u);
-    ASSERT_EQ(draws[0]->getVertexCount(), 16u) << "four characters allocated";
-    sOut const* v = static_cast<sOut const*>(draws[0]->mpVertices);
+    // The first cell must fit the clip; the rest stop at its right edge.
+    ASSERT_EQ(draws[2]->getVertexCount(), 16u) << "only \"ABCD\" allocated, all four characters";
+    sOut const* v = static_cast<sOut const*>(draws[2]->mpVertices);
     EXPECT_EQ(v[7].x, 22.0f) << "the second cell ends at 22, inside";
     for (u32 i = 8; i < 16; ++i) {
         // The third cell would end at 28: it and the fourth collapse, unseen.
         EXPECT_TRUE(v[i].x == v[8].x && v[i].y == v[8].y) << i;
         EXPECT_EQ(v[i].mColor >> 24, 0u) << "alpha 0";
     }
-}
-
-TEST_F(ToolSystemTest, CharactersOutsideTheFontAreBlankAndLongTextsSplit)
-{
-    std::string const longText(600, 'x');
-    runFrame([&](DrawContext* context) {
-        windowState(context, 0);
-        context->setVertexDecl(eVertexDecl_Textured);
-        mpTools->drawString(context, sPoint(0, 0), "\x01\xC8", 6, sColor::White, sRect::Max);
-        context->setDrawLevel(0, 1);
-        mpTools->drawString(context, sPoint(0, 0), longText.c_str(), 1, sColor::White, sRect::Max);
-    });
-    std::vector<sDrawCommand const*> draws = sortedDraws();
-    ASSERT_GE(draws.size(), 2u);
-    sOut const* v = static_cast<sOut const*>(draws[0]->mpVertices);
-    EXPECT_EQ(vertices(v, 1) + " " + vertices(v + 4, 1), "0,0/0,0 6,0/0,0");
+    v = static_cast<sOut const*>(draws[3]->mpVertices);
+    EXPECT_EQ(vertices(v, 1) + " " + vertices(v + 4, 1), "0,0/0,0 6,0/0,0") << "blank cells";
     u32 count = 0;
-    for (size_t i = 1; i < draws.size(); ++i) {
+    for (size_t i = 4; i < draws.size(); ++i) {
         count += draws[i]->getVertexCount();
     }
-    EXPECT_EQ(count, 600u * 4u);
+    EXPECT_EQ(count, 600u * 4u) << "a long text splits over batches";
 }
 
 TEST_F(ToolSystemTest, EveryRecordKindIsReplayedWithItsDeclarationAndTexture)
