@@ -2,7 +2,7 @@
 // the hand-over of entries, clears, duplicate, and the recording from several
 // job threads at once. Checked on the recorded commands, with or without GL.
 #include <cstring>
-#include <random>
+#include <string>
 
 #include "renderfixture.h"
 #include "scene.h"
@@ -11,15 +11,12 @@ using namespace rendertest;
 
 namespace {
 
-typedef DrawContext::sVertex sVertex;
-typedef DrawContext::sTexturedVertex sTexturedVertex;
-
 class DrawContextTest : public RenderTest {
 protected:
     // count plain vertices of the given primitive at (x, y).
     static void plain(DrawContext* context, ePrimitiveType type, u32 count, int x, int y)
     {
-        sVertex* vertex = static_cast<sVertex*>(context->allocateVertices(type, count));
+        DrawContext::sVertex* vertex = static_cast<DrawContext::sVertex*>(context->allocateVertices(type, count));
         for (u32 i = 0; i < count; ++i) {
             vertex[i].mPosition = sVector(sFixed(x, 16), sFixed(y, 16));
             vertex[i].mColor = sColor::White;
@@ -46,67 +43,72 @@ std::vector<std::vector<u8>> fingerprint(std::vector<sDrawCommand const*> const&
 
 } // namespace
 
-TEST_F(DrawContextTest, EqualStateMakesOneBatchAndRepeatedSettersDoNotBreakIt)
+TEST_F(DrawContextTest, BatchesFollowTheStateAndEndWithAFullVertexHeap)
 {
+    Texture* first = new Texture(4, 4, false, nullptr);
+    Texture* second = new Texture(4, 4, false, nullptr);
     runFrame([&](DrawContext* context) {
+        // Equal state makes one batch, however often a setter repeats it.
         windowState(context, 1);
         context->setBlendMode(eBlendMode_Alpha);
         plain(context, ePrimitiveType_Quad, 4, 1, 1);
         context->setBlendMode(eBlendMode_Alpha);
         context->setDrawLevel(1, 0);
         plain(context, ePrimitiveType_Quad, 8, 2, 2);
-    });
-    std::vector<sDrawCommand const*> draws = sortedDraws();
-    ASSERT_EQ(draws.size(), 1u);
-    EXPECT_EQ(draws[0]->getVertexCount(), 12u) << "the sum of both allocations";
-    EXPECT_EQ(draws[0]->getBlendMode(), static_cast<u32>(eBlendMode_Alpha));
-}
-
-TEST_F(DrawContextTest, AChangeBetweenAllocationsSplitsTheBatchWithTheStateOfEachHalf)
-{
-    Texture* first = new Texture(4, 4, false, nullptr);
-    Texture* second = new Texture(4, 4, false, nullptr);
-    runFrame([&](DrawContext* context) {
-        windowState(context, 1);
+        // A change between allocations splits, each half with its own state.
+        context->setDrawLevel(2, 0);
         context->setVertexDecl(eVertexDecl_Textured);
         context->setTexture(first);
         context->allocateVertices(ePrimitiveType_Quad, 4);
         context->setTexture(second);
         context->setTextureFiltering(eTextureFiltering_Nearest);
         context->allocateVertices(ePrimitiveType_Quad, 4);
+        // 16 KiB of vertices is exactly one batch.
+        context->setDrawLevel(3, 0);
+        context->allocateVertices(ePrimitiveType_Quad, 1024);
+        context->allocateVertices(ePrimitiveType_Quad, 4);
+        context->setDrawLevel(3, 1);
+        context->setVertexDecl(eVertexDecl_Plain);
+        context->allocateVertices(ePrimitiveType_Triangle, 1365); // 16,380 bytes
+        context->allocateVertices(ePrimitiveType_Triangle, 3);
     });
+    EXPECT_EQ(drawSummary(), "10000 Q12 b1, 20000 Q4t b1, 20000 Q4t b1 n, 30000 Q1024t b1 n, 30000 Q4t b1 n, "
+                             "30001 T1365 b1 n, 30001 T3 b1 n");
     std::vector<sDrawCommand const*> draws = sortedDraws();
-    ASSERT_EQ(draws.size(), 2u);
-    EXPECT_EQ(draws[0]->mpTexture, first) << "the first batch keeps the state it was made with";
-    EXPECT_EQ(draws[0]->getTextureFiltering(), static_cast<u32>(eTextureFiltering_Linear));
-    EXPECT_EQ(draws[1]->mpTexture, second);
-    EXPECT_EQ(draws[1]->getTextureFiltering(), static_cast<u32>(eTextureFiltering_Nearest));
-    EXPECT_TRUE(draws[0]->isTextured());
+    ASSERT_EQ(draws.size(), 7u);
+    EXPECT_EQ(draws[1]->mpTexture, first);
+    EXPECT_EQ(draws[2]->mpTexture, second);
     first->release();
     second->release();
 }
 
-TEST_F(DrawContextTest, KeyHoldsViewLevelAndSubLevel)
+TEST_F(DrawContextTest, KeyHoldsViewLevelAndSubLevelAndDuplicateTakesTheWholeState)
 {
     runFrame([&](DrawContext* context) {
         windowState(context, 0);
         context->setView(3);
-        context->setDrawLevel(0x1234, 0x56789);
+        context->setDrawLevel(0x1234, 0x56789); // 12 bits of level, 16 of sub-level
         plain(context, ePrimitiveType_Point, 1, 0, 0);
         context->setView(5); // the view changes, level and sub-level stay
         plain(context, ePrimitiveType_Point, 1, 0, 0);
+        windowState(context, 9, 4);
+        context->setView(2);
+        context->setBlendMode(eBlendMode_Subtract);
+        context->setScissorRect(sRect(1, 2, 3, 4));
+        DrawContext* child = mpRender->popContext();
+        child->duplicate(context);
+        plain(child, ePrimitiveType_Quad, 4, 0, 0);
+        mpRender->pushContext(child);
     });
-    std::vector<sDrawCommand const*> draws = sortedDraws();
-    ASSERT_EQ(draws.size(), 2u);
-    EXPECT_EQ(draws[0]->mKey, 0x32346789u);
-    EXPECT_EQ(draws[1]->mKey, 0x52346789u);
+    EXPECT_EQ(drawSummary(), "20090004 Q4 b3, 32346789 P1 b0, 52346789 P1 b0");
+    ASSERT_FALSE(sortedDraws().empty());
+    EXPECT_EQ(sortedDraws()[0]->mScissor, sRect(1, 2, 3, 4));
 }
 
 TEST_F(DrawContextTest, PointsAndLinesMoveHalfAPixelQuadsAndTexturedVerticesDoNot)
 {
     runFrame([&](DrawContext* context) {
         windowState(context, 0);
-        context->setDrawLevel(0, 0);
         plain(context, ePrimitiveType_Line, 2, 10, 20);
         context->setDrawLevel(0, 1);
         plain(context, ePrimitiveType_Quad, 4, 10, 20);
@@ -114,53 +116,26 @@ TEST_F(DrawContextTest, PointsAndLinesMoveHalfAPixelQuadsAndTexturedVerticesDoNo
         plain(context, ePrimitiveType_Point, 1, 10, 20);
         context->setDrawLevel(0, 3);
         context->setVertexDecl(eVertexDecl_Textured);
-        sTexturedVertex* vertex = static_cast<sTexturedVertex*>(context->allocateVertices(ePrimitiveType_Line, 2));
-        for (int i = 0; i < 2; ++i) {
-            vertex[i].mPosition = sVector(sFixed(10, 16), sFixed(0x8000, 0) + sFixed(20, 16));
-            vertex[i].mColor = sColor(1, 2, 3, 4);
-            vertex[i].mTexcoord = sTexcoord(7, 9);
-        }
+        DrawContext::sTexturedVertex* vertex =
+            static_cast<DrawContext::sTexturedVertex*>(context->allocateVertices(ePrimitiveType_Line, 2));
+        vertex[0] = vertex[1] = {sVector(sFixed(10, 16), sFixed(0x8000, 0) + sFixed(20, 16)), sColor(1, 2, 3, 4),
+                                 sTexcoord(7, 9)};
     });
     std::vector<sDrawCommand const*> draws = sortedDraws();
     ASSERT_EQ(draws.size(), 4u);
-    sOutputVertex const* line = static_cast<sOutputVertex const*>(draws[0]->mpVertices);
-    EXPECT_EQ(line->x, 10.5f);
-    EXPECT_EQ(line->y, 20.5f);
-    EXPECT_EQ(line->z, 0.0f);
-    sOutputVertex const* quadVertex = static_cast<sOutputVertex const*>(draws[1]->mpVertices);
-    EXPECT_EQ(quadVertex->x, 10.0f);
-    EXPECT_EQ(quadVertex->y, 20.0f);
-    sOutputVertex const* point = static_cast<sOutputVertex const*>(draws[2]->mpVertices);
-    EXPECT_EQ(point->x, 10.5f);
+    std::string positions;
+    for (u32 i = 0; i < 3; ++i) {
+        sOutputVertex const* out = static_cast<sOutputVertex const*>(draws[i]->mpVertices);
+        positions += std::to_string(out->x) + "," + std::to_string(out->y) + "," + std::to_string(out->z) + " ";
+    }
+    EXPECT_EQ(positions, "10.500000,20.500000,0.000000 10.000000,20.000000,0.000000 10.500000,20.500000,0.000000 ");
     sOutputTexturedVertex const* textured = static_cast<sOutputTexturedVertex const*>(draws[3]->mpVertices);
-    EXPECT_EQ(textured->x, 10.0f);
-    EXPECT_EQ(textured->y, 20.5f) << "16.16 turns into float exactly";
-    EXPECT_EQ(textured->u, 7);
-    EXPECT_EQ(textured->v, 9);
+    EXPECT_TRUE(textured->x == 10.0f && textured->y == 20.5f) << "16.16 turns into float exactly";
+    EXPECT_TRUE(textured->u == 7 && textured->v == 9);
     EXPECT_EQ(textured->mColor, static_cast<unsigned int>(sColor(1, 2, 3, 4)));
 }
 
-TEST_F(DrawContextTest, ABatchEndsWhenTheVertexHeapIsFull)
-{
-    runFrame([&](DrawContext* context) {
-        windowState(context, 0);
-        context->setVertexDecl(eVertexDecl_Textured);
-        context->allocateVertices(ePrimitiveType_Quad, 1024); // 16 KiB: exactly one batch
-        context->allocateVertices(ePrimitiveType_Quad, 4);
-        context->setDrawLevel(0, 1);
-        context->setVertexDecl(eVertexDecl_Plain);
-        context->allocateVertices(ePrimitiveType_Triangle, 1365); // 16,380 bytes
-        context->allocateVertices(ePrimitiveType_Triangle, 3);
-    });
-    std::vector<sDrawCommand const*> draws = sortedDraws();
-    ASSERT_EQ(draws.size(), 4u);
-    EXPECT_EQ(draws[0]->getVertexCount(), 1024u);
-    EXPECT_EQ(draws[1]->getVertexCount(), 4u);
-    EXPECT_EQ(draws[2]->getVertexCount(), 1365u);
-    EXPECT_EQ(draws[3]->getVertexCount(), 3u);
-}
-
-TEST_F(DrawContextTest, FlushWithoutVerticesAndUnpushedBatchesMakeNoCommand)
+TEST_F(DrawContextTest, EmptyFlushesAndUnpushedContextsMakeNoCommandWhileManyCommandsAllArrive)
 {
     runFrame([&](DrawContext* context) {
         windowState(context, 0);
@@ -172,10 +147,6 @@ TEST_F(DrawContextTest, FlushWithoutVerticesAndUnpushedBatchesMakeNoCommand)
         plain(forgotten, ePrimitiveType_Quad, 4, 0, 0);
     });
     EXPECT_TRUE(sortedDraws().empty());
-}
-
-TEST_F(DrawContextTest, ManyCommandsFromOneContextAllArrive)
-{
     // Alternating levels make a command per quad: more than one block of entries.
     u32 const quads = 2500;
     runFrame([&](DrawContext* context) {
@@ -212,27 +183,6 @@ TEST_F(DrawContextTest, ClearGoesStraightToTheTableWithTheCurrentKeyAndTarget)
     EXPECT_EQ(clear->mRect, sRect(0, 0, 16, 16));
     EXPECT_EQ(commands[2]->mType, static_cast<u32>(sCommand::eType_Draw));
     target->release();
-}
-
-TEST_F(DrawContextTest, DuplicateTakesOverTheWholeState)
-{
-    runFrame([&](DrawContext* context) {
-        windowState(context, 9, 4);
-        context->setView(2);
-        context->setBlendMode(eBlendMode_Subtract);
-        context->setScissorRect(sRect(1, 2, 3, 4));
-        DrawContext* child = mpRender->popContext();
-        child->duplicate(context);
-        EXPECT_EQ(child->getDrawKey(), context->getDrawKey());
-        EXPECT_EQ(child->getScissorRect(), sRect(1, 2, 3, 4));
-        plain(child, ePrimitiveType_Quad, 4, 0, 0);
-        mpRender->pushContext(child);
-    });
-    std::vector<sDrawCommand const*> draws = sortedDraws();
-    ASSERT_EQ(draws.size(), 1u);
-    EXPECT_EQ(draws[0]->mKey, (2u << 28) | (9u << 16) | 4u);
-    EXPECT_EQ(draws[0]->getBlendMode(), static_cast<u32>(eBlendMode_Subtract));
-    EXPECT_EQ(draws[0]->mScissor, sRect(1, 2, 3, 4));
 }
 
 TEST_F(DrawContextTest, RecordingFromEveryJobThreadGivesTheSameCommandsAsOneThread)

@@ -4,6 +4,9 @@
 // text, and the same picture from any split of the recording over threads.
 #include <GL/gl.h>
 
+#include <algorithm>
+#include <cstring>
+
 #include "renderfixture.h"
 #include "scene.h"
 
@@ -16,23 +19,8 @@ using PixelTest = RenderTest;
 sColor const kGrey(77, 77, 77, 255); // the clear colour 0.3
 sColor const kRed = sColor::Red;
 sColor const kGreen = sColor::Green;
+sColor const kBlue = sColor::Blue;
 sColor const kWhite = sColor::White;
-
-// A texture of 8 by 8 whose texel (x, y) is (30x, 30y, 100); row 0 first.
-Texture* makeGradientTexture()
-{
-    u8 pixels[8 * 8 * 4];
-    for (int y = 0; y < 8; ++y) {
-        for (int x = 0; x < 8; ++x) {
-            u8* texel = pixels + (y * 8 + x) * 4;
-            texel[0] = static_cast<u8>(30 * x);
-            texel[1] = static_cast<u8>(30 * y);
-            texel[2] = 100;
-            texel[3] = 255;
-        }
-    }
-    return new Texture(8, 8, false, pixels);
-}
 
 void texturedQuad(ToolSystem const* tools, DrawContext* context, sRect const& rect, sColor color, sTexcoord leftTop,
                   sTexcoord rightBottom)
@@ -42,16 +30,19 @@ void texturedQuad(ToolSystem const* tools, DrawContext* context, sRect const& re
     tools->drawRect(context, rect, colors, leftTop, rightBottom);
 }
 
-} // namespace
-
-TEST_F(PixelTest, AnEmptyFrameIsTheGreyClear)
+// Into a 64 by 64 render target, at level 0, sub-level 1 after its clear.
+void targetState(DrawContext* context, Texture* target, sColor clear)
 {
-    REQUIRE_GL();
-    runFrame([](DrawContext*) {});
-    EXPECT_TRUE(nearColor(readPixel(0, 0), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(kWindowWidth - 1, kWindowHeight - 1), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(160, 120), kGrey, 1));
+    sRect const rect(0, 0, 64, 64);
+    context->setRenderTarget(target);
+    context->clear(rect, clear);
+    context->setDrawLevel(0, 1);
+    context->setViewport(rect);
+    context->setScissorRect(rect);
+    context->setProjectionRect(rect);
 }
+
+} // namespace
 
 TEST_F(PixelTest, DrawLevelBeatsRecordingOrderAndEqualKeysKeepTheirOrder)
 {
@@ -68,10 +59,7 @@ TEST_F(PixelTest, DrawLevelBeatsRecordingOrderAndEqualKeysKeepTheirOrder)
         context->setBlendMode(eBlendMode_Alpha); // a new batch with the same key
         quad(context, sRect(70, 20, 90, 40), kGreen);
     });
-    EXPECT_TRUE(nearColor(readPixel(25, 25), kRed));
-    EXPECT_TRUE(nearColor(readPixel(35, 35), kGreen));
-    EXPECT_TRUE(nearColor(readPixel(75, 25), kGreen));
-    EXPECT_TRUE(nearColor(readPixel(65, 15), kRed));
+    expectPixels({{25, 25, kRed}, {35, 35, kGreen}, {75, 25, kGreen}, {65, 15, kRed}, {160, 120, kGrey, 1}});
     EXPECT_EQ(mpRender->getDrawCount(), 4u);
 }
 
@@ -101,13 +89,19 @@ TEST_F(PixelTest, EachBlendModeGivesItsMix)
     for (u32 mode = 0; mode < eBlendMode_Num; ++mode) {
         EXPECT_TRUE(nearColor(readPixel(20 + 40 * static_cast<int>(mode), 20), expected[mode])) << "mode " << mode;
     }
-    EXPECT_TRUE(nearColor(readPixel(5, 5), destination));
+    expectPixels({{5, 5, destination}});
 }
 
 TEST_F(PixelTest, TexturedQuadsSampleTexelsAndCombineWithTheVertexColour)
 {
     REQUIRE_GL();
-    Texture* texture = makeGradientTexture();
+    // 8 by 8 texels, texel (x, y) is (30x, 30y, 100); row 0 first.
+    u8 pixels[8 * 8 * 4];
+    for (int i = 0; i < 64; ++i) {
+        u8 const texel[4] = {static_cast<u8>(30 * (i % 8)), static_cast<u8>(30 * (i / 8)), 100, 255};
+        memcpy(pixels + 4 * i, texel, 4);
+    }
+    Texture* texture = new Texture(8, 8, false, pixels);
     runFrame([&](DrawContext* context) {
         windowState(context, 0);
         context->setTexture(texture);
@@ -129,10 +123,10 @@ TEST_F(PixelTest, TexturedQuadsSampleTexelsAndCombineWithTheVertexColour)
             EXPECT_TRUE(nearColor(readPixel(40 + i, 40 + j), texel, 0)) << i << ", " << j;
         }
     }
-    EXPECT_TRUE(nearColor(readPixel(60 + 4 * 2 + 3, 40 + 4 * 1), sColor(60, 30, 100, 255), 0));
-    EXPECT_TRUE(nearColor(readPixel(81, 40), sColor(30 * 2 + 10, 30 * 1 + 20, 100 + 30, 255), 1)) << "added";
-    EXPECT_TRUE(nearColor(readPixel(90, 41), sColor(75, 90, 50, 255), 1)) << "modulated by one half";
-    EXPECT_TRUE(nearColor(readPixel(44, 40), kGrey, 1)) << "nothing right of the quad";
+    expectPixels({{60 + 4 * 2 + 3, 40 + 4 * 1, sColor(60, 30, 100, 255), 0},
+                  {81, 40, sColor(30 * 2 + 10, 30 * 1 + 20, 100 + 30, 255), 1}, // added
+                  {90, 41, sColor(75, 90, 50, 255), 1},                         // modulated by one half
+                  {44, 40, kGrey, 1}});                                         // nothing right of the quad
     texture->release();
 }
 
@@ -151,18 +145,9 @@ TEST_F(PixelTest, ScissorAndViewportClipTheDrawing)
         quad(context, sRect(0, 0, 4, 4), kGreen);
         quad(context, sRect(6, 6, 20, 20), kGreen); // reaches past the viewport
     });
-    EXPECT_TRUE(nearColor(readPixel(10, 10), kRed));
-    EXPECT_TRUE(nearColor(readPixel(49, 39), kRed));
-    EXPECT_TRUE(nearColor(readPixel(50, 39), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(9, 10), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(10, 40), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(100, 50), kGreen));
-    EXPECT_TRUE(nearColor(readPixel(131, 81), kGreen));
-    EXPECT_TRUE(nearColor(readPixel(132, 81), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(131, 82), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(163, 113), kGreen));
-    EXPECT_TRUE(nearColor(readPixel(164, 113), kGrey, 1)) << "the viewport clips";
-    EXPECT_TRUE(nearColor(readPixel(163, 114), kGrey, 1));
+    expectPixels({{10, 10, kRed}, {49, 39, kRed}, {50, 39, kGrey, 1}, {9, 10, kGrey, 1}, {10, 40, kGrey, 1},
+                  {100, 50, kGreen}, {131, 81, kGreen}, {132, 81, kGrey, 1}, {131, 82, kGrey, 1}, {163, 113, kGreen},
+                  {164, 113, kGrey, 1}, {163, 114, kGrey, 1}});
 }
 
 TEST_F(PixelTest, AClearFillsItsRectangleCutByTheScissor)
@@ -178,15 +163,8 @@ TEST_F(PixelTest, AClearFillsItsRectangleCutByTheScissor)
         context->setScissorRect(sRect(60, 0, kWindowWidth, kWindowHeight));
         context->clear(sRect(50, 10, 90, 30), kGreen);
     });
-    EXPECT_TRUE(nearColor(readPixel(10, 10), kRed));
-    EXPECT_TRUE(nearColor(readPixel(29, 29), kRed));
-    EXPECT_TRUE(nearColor(readPixel(30, 29), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(29, 30), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(59, 20), kGrey, 1)) << "left of the scissor";
-    EXPECT_TRUE(nearColor(readPixel(60, 20), kGreen));
-    EXPECT_TRUE(nearColor(readPixel(89, 29), kGreen));
-    EXPECT_TRUE(nearColor(readPixel(90, 20), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(200, 200), kGrey, 1));
+    expectPixels({{10, 10, kRed}, {29, 29, kRed}, {30, 29, kGrey, 1}, {29, 30, kGrey, 1}, {59, 20, kGrey, 1},
+                  {60, 20, kGreen}, {89, 29, kGreen}, {90, 20, kGrey, 1}, {200, 200, kGrey, 1}});
 }
 
 TEST_F(PixelTest, AGameViewPutsTheWorldOriginAtTheWindowCentre)
@@ -197,28 +175,19 @@ TEST_F(PixelTest, AGameViewPutsTheWorldOriginAtTheWindowCentre)
         mpTools->drawRect(1u << 1, sVector(sFixed(-160, 16), sFixed(-120, 16)), sVector(sFixed(-159, 16), sFixed(-119, 16)),
                           kGreen);
     });
-    EXPECT_TRUE(nearColor(readPixel(160, 120), kRed));
-    EXPECT_TRUE(nearColor(readPixel(159, 120), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(161, 120), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(160, 119), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(160, 121), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(0, 0), kGreen)) << "the projection's left top is the window's";
+    // The projection's left top is the window's.
+    expectPixels({{160, 120, kRed}, {159, 120, kGrey, 1}, {161, 120, kGrey, 1}, {160, 119, kGrey, 1},
+                  {160, 121, kGrey, 1}, {0, 0, kGreen}});
 }
 
 TEST_F(PixelTest, ARenderTargetIsDrawnToAndThenSampled)
 {
     REQUIRE_GL();
     Texture* target = new Texture(64, 64, true, nullptr);
-    sRect const targetRect(0, 0, 64, 64);
     runFrame([&](DrawContext* context) {
         // Into the target: its clear comes first and sets the clip to its size.
         windowState(context, 0, 0);
-        context->setRenderTarget(target);
-        context->clear(targetRect, sColor::Blue);
-        context->setDrawLevel(0, 1);
-        context->setViewport(targetRect);
-        context->setScissorRect(targetRect);
-        context->setProjectionRect(targetRect);
+        targetState(context, target, kBlue);
         quad(context, sRect(0, 0, 16, 16), kRed);
         // Back to the window, whose clip an empty clear restores.
         windowState(context, 1, 0);
@@ -229,14 +198,9 @@ TEST_F(PixelTest, ARenderTargetIsDrawnToAndThenSampled)
         texturedQuad(mpTools, context, sRect(100, 100, 164, 164), kWhite, sTexcoord(0, 0), sTexcoord(64, 64));
     });
     // Texel row 0 is the target's bottom row: drawn with texels from (0, 0)
-    // at the top, the target shows upside down.
-    EXPECT_TRUE(nearColor(readPixel(105, 160), kRed));
-    EXPECT_TRUE(nearColor(readPixel(115, 148), kRed));
-    EXPECT_TRUE(nearColor(readPixel(116, 148), sColor::Blue));
-    EXPECT_TRUE(nearColor(readPixel(115, 147), sColor::Blue));
-    EXPECT_TRUE(nearColor(readPixel(105, 105), sColor::Blue));
-    EXPECT_TRUE(nearColor(readPixel(99, 105), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(10, 230), kGrey, 1)) << "the window outside is untouched";
+    // at the top, the target shows upside down; the window outside is untouched.
+    expectPixels({{105, 160, kRed}, {115, 148, kRed}, {116, 148, kBlue}, {115, 147, kBlue}, {105, 105, kBlue},
+                  {99, 105, kGrey, 1}, {10, 230, kGrey, 1}});
     target->release();
 }
 
@@ -246,20 +210,13 @@ TEST_F(PixelTest, ATextureThatIsAlsoTheTargetIsDrawnToTheWindow)
     Texture* target = new Texture(64, 64, true, nullptr);
     runFrame([&](DrawContext* context) {
         windowState(context, 0, 0);
-        context->setRenderTarget(target);
-        context->clear(sRect(0, 0, 64, 64), kRed);
-        context->setDrawLevel(0, 1);
-        context->setViewport(sRect(0, 0, 64, 64));
-        context->setScissorRect(sRect(0, 0, 64, 64));
-        context->setProjectionRect(sRect(0, 0, 64, 64));
+        targetState(context, target, kRed);
         context->setTexture(target);
         texturedQuad(mpTools, context, sRect(0, 0, 32, 32), kWhite, sTexcoord(0, 0), sTexcoord(32, 32));
     });
     // Reading the target unbinds it; the clip is still the target's, so the
     // quad lands in the window's bottom left 64 by 64 pixels.
-    int const bottom = kWindowHeight - 64;
-    EXPECT_TRUE(nearColor(readPixel(10, bottom + 10), kRed));
-    EXPECT_TRUE(nearColor(readPixel(40, bottom + 10), kGrey, 1));
+    expectPixels({{10, kWindowHeight - 54, kRed}, {40, kWindowHeight - 54, kGrey, 1}});
     target->release();
 }
 
@@ -277,23 +234,12 @@ TEST_F(PixelTest, LinesAndPointsLandOnPixelCentres)
     });
     // One pixel wide on the row and column of the given coordinates. Which
     // end pixel a rasteriser leaves out is its own affair; nothing lies beyond.
-    for (int x = 11; x < 29; ++x) {
-        EXPECT_TRUE(nearColor(readPixel(x, 20), kWhite)) << "x " << x;
-        EXPECT_TRUE(nearColor(readPixel(x, 19), kGrey, 1)) << "x " << x;
-        EXPECT_TRUE(nearColor(readPixel(x, 21), kGrey, 1)) << "x " << x;
+    for (int i = 11; i < 29; ++i) {
+        expectPixels({{i, 20, kWhite}, {i, 19, kGrey, 1}, {i, 21, kGrey, 1}});
+        expectPixels({{50, i, kWhite}, {49, i, kGrey, 1}, {51, i, kGrey, 1}});
     }
-    EXPECT_TRUE(nearColor(readPixel(9, 20), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(30, 20), kGrey, 1));
-    for (int y = 11; y < 29; ++y) {
-        EXPECT_TRUE(nearColor(readPixel(50, y), kWhite)) << "y " << y;
-        EXPECT_TRUE(nearColor(readPixel(49, y), kGrey, 1)) << "y " << y;
-        EXPECT_TRUE(nearColor(readPixel(51, y), kGrey, 1)) << "y " << y;
-    }
-    EXPECT_TRUE(nearColor(readPixel(50, 9), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(50, 30), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(70, 70), kWhite));
-    EXPECT_TRUE(nearColor(readPixel(71, 70), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(70, 71), kGrey, 1));
+    expectPixels({{9, 20, kGrey, 1}, {30, 20, kGrey, 1}, {50, 9, kGrey, 1}, {50, 30, kGrey, 1}, {70, 70, kWhite},
+                  {71, 70, kGrey, 1}, {70, 71, kGrey, 1}});
 }
 
 TEST_F(PixelTest, TextShowsTheFontsGlyphsAtAnySize)
@@ -307,16 +253,11 @@ TEST_F(PixelTest, TextShowsTheFontsGlyphsAtAnySize)
     for (int row = 0; row < 12; ++row) {
         for (int column = 0; column < 6; ++column) {
             bool const ink = row >= 2 && row <= 8 && column < 5 && (column == 0 || column == 4 || row == 5);
-            EXPECT_TRUE(nearColor(readPixel(100 + column, 100 + row), ink ? kWhite : kGrey, 1))
-                << "column " << column << ", row " << row;
+            expectPixels({{100 + column, 100 + row, ink ? kWhite : kGrey, 1}});
         }
     }
-    // Twice the size: each texel covers 2 by 2 pixels.
-    EXPECT_TRUE(nearColor(readPixel(200, 104), kWhite));
-    EXPECT_TRUE(nearColor(readPixel(201, 105), kWhite));
-    EXPECT_TRUE(nearColor(readPixel(202, 104), kGrey, 1));
-    EXPECT_TRUE(nearColor(readPixel(204, 110), kWhite)) << "the bar of the H";
-    EXPECT_TRUE(nearColor(readPixel(200, 103), kGrey, 1));
+    // Twice the size: each texel covers 2 by 2 pixels; (204, 110) is the bar.
+    expectPixels({{200, 104, kWhite}, {201, 105, kWhite}, {202, 104, kGrey, 1}, {204, 110, kWhite}, {200, 103, kGrey, 1}});
 }
 
 TEST_F(PixelTest, EveryJobThreadRecordingGivesTheSamePixelsAsOneThread)
@@ -327,15 +268,8 @@ TEST_F(PixelTest, EveryJobThreadRecordingGivesTheSamePixelsAsOneThread)
     std::vector<sColor> const serial = readWindow();
     runFrame([&](DrawContext* context) { scene->recordInParallel(mpRender, mpJobs, context, 4); });
     std::vector<sColor> const parallel = readWindow();
-    size_t differing = 0;
-    for (size_t i = 0; i < serial.size(); ++i) {
-        differing += static_cast<unsigned int>(serial[i]) != static_cast<unsigned int>(parallel[i]) ? 1 : 0;
-    }
-    EXPECT_EQ(differing, 0u);
-    size_t grey = 0;
-    for (sColor pixel : serial) {
-        grey += nearColor(pixel, kGrey, 0) ? 1 : 0;
-    }
-    EXPECT_LT(grey, serial.size() / 2) << "the scene covers the window";
+    EXPECT_EQ(memcmp(serial.data(), parallel.data(), serial.size() * sizeof(sColor)), 0);
+    auto const grey = std::count_if(serial.begin(), serial.end(), [](sColor c) { return nearColor(c, kGrey, 0); });
+    EXPECT_LT(static_cast<size_t>(grey), serial.size() / 2) << "the scene covers the window";
     delete scene;
 }

@@ -122,13 +122,17 @@ std::vector<sDrawCommand const*> RenderTest::sortedDraws() const
     return draws;
 }
 
-sColor RenderTest::readPixel(int x, int y) const
+std::string RenderTest::drawSummary() const
 {
-    u8 pixel[4] = {};
-    glReadBuffer(GL_BACK);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(x, kWindowHeight - 1 - y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
-    return sColor(pixel[0], pixel[1], pixel[2], pixel[3]);
+    std::string summary;
+    for (sDrawCommand const* draw : sortedDraws()) {
+        char text[64];
+        snprintf(text, sizeof(text), "%s%x %c%u%s b%u%s", summary.empty() ? "" : ", ", draw->mKey,
+                 "PLTQ"[draw->getPrimitiveType()], draw->getVertexCount(), draw->isTextured() ? "t" : "",
+                 draw->getBlendMode(), draw->getTextureFiltering() == eTextureFiltering_Nearest ? " n" : "");
+        summary += text;
+    }
+    return summary;
 }
 
 std::vector<sColor> RenderTest::readWindow() const
@@ -138,6 +142,19 @@ std::vector<sColor> RenderTest::readWindow() const
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
     glReadPixels(0, 0, kWindowWidth, kWindowHeight, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
     return pixels;
+}
+
+sColor RenderTest::readPixel(int x, int y) const
+{
+    return readWindow()[static_cast<size_t>((kWindowHeight - 1 - y) * kWindowWidth + x)];
+}
+
+void RenderTest::expectPixels(std::initializer_list<Probe> probes) const
+{
+    for (Probe const& probe : probes) {
+        EXPECT_TRUE(nearColor(readPixel(probe.x, probe.y), probe.color, probe.tolerance))
+            << "at (" << probe.x << ", " << probe.y << ")";
+    }
 }
 
 void RenderTest::windowState(DrawContext* context, unsigned int level, unsigned int subLevel) const

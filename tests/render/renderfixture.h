@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <initializer_list>
+#include <string>
 #include <vector>
 
 #include "foundation/types.h"
@@ -26,6 +28,13 @@ int const kWindowHeight = 240;
 // True once the process has a real window (and so should have GL).
 bool hasWindow();
 
+// An expected colour at window pixel (x, y), from the top left.
+struct Probe {
+    int x, y;
+    sColor color;
+    int tolerance = 2;
+};
+
 class RenderTest : public testing::Test {
 protected:
     void SetUp() override;
@@ -34,13 +43,17 @@ protected:
     // A frame in the host's order: preprocess, recording, the views' pass,
     // postprocess, replay. With GL, asserts that the replay raised no error.
     void runFrame(std::function<void(DrawContext*)> const& record);
-    // The draw commands of the last frame, in replay order.
-    std::vector<sDrawCommand const*> sortedDraws() const;
+    // The commands of the last frame in replay order, or only its draws.
     std::vector<sCommand const*> sortedCommands() const;
+    std::vector<sDrawCommand const*> sortedDraws() const;
+    // The draws as "key primitive+vertices[t] b<blend>[ n]" joined by ", ", e.g.
+    // "10000 Q8t b1 n": textured quads, alpha blending, nearest texels.
+    std::string drawSummary() const;
 
     // The back buffer after the last replay, pixel (x, y) from the top left.
     sColor readPixel(int x, int y) const;
     std::vector<sColor> readWindow() const;
+    void expectPixels(std::initializer_list<Probe> probes) const;
 
     // Sets the context to draw in window pixels at the given level.
     void windowState(DrawContext* context, unsigned int level, unsigned int subLevel = 0) const;

@@ -11,8 +11,6 @@
 
 namespace rendertest {
 
-// A scene of overlapping translucent shapes, each with a key of its own,
-// recorded in slices from any thread.
 class Scene {
 public:
     static constexpr u32 kShapes = 600;
@@ -20,8 +18,7 @@ public:
     explicit Scene(ToolSystem const* tools) : mpTools(tools)
     {
         std::mt19937 random(3);
-        for (u32 i = 0; i < kShapes; ++i) {
-            Shape& shape = mShapes[i];
+        for (Shape& shape : mShapes) {
             int const x = static_cast<int>(random() % (kWindowWidth - 40));
             int const y = static_cast<int>(random() % (kWindowHeight - 40));
             shape.mRect = sRect(x, y, x + 8 + static_cast<int>(random() % 32), y + 8 + static_cast<int>(random() % 32));
@@ -45,13 +42,13 @@ public:
             context->setDrawLevel(shape.mLevel, i); // unique keys: any recording order sorts alike
             sColor const colors[4] = {shape.mColor, shape.mColor, shape.mColor, shape.mColor};
             sRect const& r = shape.mRect;
+            sPoint const corners[3] = {sPoint(r.left, r.top), sPoint(r.right, r.top), sPoint(r.left, r.bottom)};
             if (shape.mKind == 0) {
                 mpTools->drawRect(context, r, colors);
             } else if (shape.mKind == 1) {
-                sPoint const corners[3] = {sPoint(r.left, r.top), sPoint(r.right, r.top), sPoint(r.left, r.bottom)};
                 mpTools->drawTriangle(context, corners, colors);
             } else {
-                mpTools->drawLine(context, sPoint(r.left, r.top), sPoint(r.right, r.bottom), shape.mColor, shape.mColor);
+                mpTools->drawLine(context, corners[0], sPoint(r.right, r.bottom), shape.mColor, shape.mColor);
             }
         }
     }
@@ -60,28 +57,26 @@ public:
     void recordSlice(void* user, void* uniqueData)
     {
         u32 const slice = static_cast<u32>(reinterpret_cast<std::uintptr_t>(user));
-        u32 const begin = slice * kShapes / mSlices;
-        u32 const end = (slice + 1) * kShapes / mSlices;
-        record(static_cast<DrawContext*>(uniqueData), begin, end);
+        record(static_cast<DrawContext*>(uniqueData), slice * kShapes / mSlices, (slice + 1) * kShapes / mSlices);
     }
 
     // One context per job thread, as a parallel pass does it.
     void recordInParallel(RenderSystem* render, JobSystem* jobs, DrawContext* parent, u32 slices)
     {
         mSlices = slices;
-        u32 const threads = jobs->getJobThreadNum();
-        std::vector<DrawContext*> contexts(threads, parent);
-        jobs->setThreadUniqueData(0, parent);
-        for (u32 i = 1; i < threads; ++i) {
-            contexts[i] = render->popContext();
-            contexts[i]->duplicate(parent);
+        std::vector<DrawContext*> contexts(jobs->getJobThreadNum(), parent);
+        for (u32 i = 0; i < contexts.size(); ++i) {
+            if (i > 0) {
+                contexts[i] = render->popContext();
+                contexts[i]->duplicate(parent);
+            }
             jobs->setThreadUniqueData(i, contexts[i]);
         }
         for (u32 slice = 0; slice < slices; ++slice) {
             jobs->addJob(new ThreadUniqueJob<Scene>(this, &Scene::recordSlice, reinterpret_cast<void*>(std::uintptr_t(slice))));
         }
         jobs->executeJob();
-        for (u32 i = 1; i < threads; ++i) {
+        for (u32 i = 1; i < contexts.size(); ++i) {
             render->pushContext(contexts[i]);
         }
     }

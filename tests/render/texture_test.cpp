@@ -15,12 +15,10 @@ TEST_F(TextureTest, LastReleaseDefersDeletionToTheEndOfTheNextReplay)
 {
     u32 const before = mpRender->getRenderObjectNum(); // the font is one
     Texture* texture = new Texture(8, 8, false, nullptr);
-    EXPECT_TRUE(texture->isValid());
     EXPECT_EQ(mpRender->getRenderObjectNum(), before + 1);
     texture->addRef();
     texture->release();
     EXPECT_TRUE(texture->isValid()) << "a reference is left";
-
     runFrame([&](DrawContext* context) {
         windowState(context, 0);
         context->setVertexDecl(eVertexDecl_Textured);
@@ -36,18 +34,13 @@ TEST_F(TextureTest, LastReleaseDefersDeletionToTheEndOfTheNextReplay)
     EXPECT_EQ(mpRender->getRenderObjectNum(), before);
 }
 
-TEST_F(TextureTest, SizesUpToTheLimitAreAccepted)
+TEST_F(TextureTest, TheLargestSizeAndTheEmptyTextureAreAccepted)
 {
     Texture* largest = new Texture(Texture::kMaxSize, Texture::kMaxSize, true, nullptr);
     EXPECT_EQ(largest->getWidth(), 1024u);
-    EXPECT_EQ(largest->getHeight(), 1024u);
-    EXPECT_TRUE(largest->isRenderTarget());
-    if (mpRender->hasContext()) {
-        EXPECT_NE(largest->getHandle(), 0u);
-    }
+    EXPECT_EQ(largest->getHandle() != 0u, mpRender->hasContext());
     largest->release();
     Texture* empty = new Texture();
-    EXPECT_EQ(empty->getWidth(), 0u);
     EXPECT_EQ(empty->getHandle(), 0u) << "the default texture makes no GL object";
     empty->release();
     runFrame([](DrawContext*) {});
@@ -69,8 +62,7 @@ TEST_F(TextureDeathTest, OversizeAndLeakedTexturesAreFatal)
 
 TEST_F(TextureTest, EndedTexturesStillListedAtShutdownAreDeletedThere)
 {
-    Texture* texture = new Texture(4, 4, false, nullptr);
-    texture->release();
+    (new Texture(4, 4, false, nullptr))->release();
     // No replay in between: the render system's end deletes it, without a leak.
     mpTools->destroy();
     mpRender->destroy();
