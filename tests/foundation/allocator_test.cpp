@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "foundation/allocator.h"
+#include "foundation/memorymanager.h"
 
 namespace {
 
@@ -19,10 +20,14 @@ std::string literal(std::string const& text)
 {
     std::string pattern;
     for (char c : text) {
-        pattern += std::string("\\^$.|?*+()[]{}").find(c) != std::string::npos ? std::string("\\") + c : std::string(1, c);
+        pattern += std::string(std::string("\\^$.|?*+()[]{}").find(c) != std::string::npos ? "\\" : "") + c;
     }
     return pattern;
 }
+
+// Reaches the protected constructor, as a second instance would.
+class SecondManager : public MemoryManager {
+};
 
 std::uintptr_t address(void const* pointer)
 {
@@ -129,26 +134,6 @@ TEST(GPAllocator, AnyOrderOfMixedRequestsMergesBackToOneBlock)
     }
 }
 
-TEST(GPAllocator, FullHeapFreedInEveryOrderRefillsTheEmptyList)
-{
-    int const orders[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
-    for (auto const& order : orders) {
-        for (int threshold : {0, 1000}) {
-            GPAllocator heap(32 * 9, "Test", nullptr, threshold, false);
-            void* blocks[3];
-            for (void*& block : blocks) {
-                block = heap.allocate(64, 4);
-            }
-            ASSERT_EQ(0u, heap.getFreeBlockNum());
-            for (int index : order) {
-                heap.deallocate(blocks[index]);
-                heap.validate();
-            }
-            EXPECT_EQ(1u, heap.getFreeBlockNum());
-        }
-    }
-}
-
 TEST(GPAllocator, ExhaustionTracesAndReturnsNull)
 {
     GPAllocator heap(0x1000, "Small", nullptr, 32, false);
@@ -176,22 +161,6 @@ TEST(GPAllocatorDeathTest, LeaksAreReportedBlockByBlockThenFatal)
     heap.deallocate(kept);
     heap.clear();
     EXPECT_EQ(32u, heap.getUsedSize());
-}
-
-TEST(GPAllocator, RegionsNestInTheParentAndInGlobal)
-{
-    AllocatorBase* global = AllocatorBase::getGlobalAllocator();
-    EXPECT_STREQ("Global", global->getName());
-    EXPECT_EQ(0x8000000u, global->getHeapSize());
-    EXPECT_TRUE(global->isThreadSafe());
-    GPAllocator parent(0x100000, "Parent", global, 32, false);
-    u32 const before = parent.getUsedSize();
-    {
-        GPAllocator child(0x10000, "Child", &parent, 32, false);
-        EXPECT_EQ(0u, address(child.getHeap()) % 128);
-        EXPECT_GE(parent.getUsedSize(), before + 0x10000);
-    }
-    EXPECT_EQ(before, parent.getUsedSize());
 }
 
 TEST(InstantAllocator, BumpsFromBothEndsUntilClear)
@@ -228,19 +197,17 @@ TEST(InstantAllocator, ConcurrentBumpsNeverOverlap)
 {
     int const perThread = 2000;
     InstantAllocator heap(4 * perThread * 32, "Instant", nullptr, true);
-    std::vector<std::vector<u8*>> results(4);
+    std::vector<u8*> all(4 * perThread);
     std::vector<std::thread> threads;
-    for (unsigned t = 0; t < 4; ++t) {
-        threads.emplace_back([&heap, &results, t] {
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&heap, &all, t] {
             for (int i = 0; i < perThread; ++i) {
-                results[t].push_back(static_cast<u8*>(heap.allocate(i % 2 == 0 ? 32 : -32, 32)));
+                all[t * perThread + i] = static_cast<u8*>(heap.allocate(i % 2 == 0 ? 32 : -32, 32));
             }
         });
     }
-    std::vector<u8*> all;
-    for (unsigned t = 0; t < 4; ++t) {
-        threads[t].join();
-        all.insert(all.end(), results[t].begin(), results[t].end());
+    for (std::thread& thread : threads) {
+        thread.join();
     }
     std::sort(all.begin(), all.end());
     EXPECT_EQ(all.end(), std::adjacent_find(all.begin(), all.end(), [](u8* a, u8* b) { return b - a < 32; }));
@@ -340,4 +307,48 @@ TEST(AllocatorConcurrency, ThreadSafeHeapsSurviveEveryThreadAtOnce)
     general.validate();
     EXPECT_EQ(32u, general.getUsedSize());
     EXPECT_EQ(0u, blocks.getUsedSize());
+}
+
+// The register of named heaps: "Global" as entry 0, children carved from it
+// and handed back at the manager's end.
+TEST(MemoryManager, ListsGlobalFirstAndOwnsItsChildren)
+{
+    AllocatorBase* global = AllocatorBase::getGlobalAllocator();
+    u32 const before = global->getUsedSize();
+    MemoryManager* manager = MemoryManager::create();
+    EXPECT_EQ(manager, MemoryManager::create());
+    ASSERT_EQ(1u, manager->getAllocatorNum());
+    EXPECT_EQ(global, manager->getAllocator(0));
+    AllocatorBase* strings = manager->createAllocator(0x200000, "String");
+    AllocatorBase* properties = manager->createBlockAllocator(48, 0x10000, "Property");
+    ASSERT_EQ(3u, manager->getAllocatorNum());
+    EXPECT_EQ(properties, manager->getAllocator(2));
+    EXPECT_EQ(0x300000u, properties->getHeapSize());
+    EXPECT_TRUE(strings->isThreadSafe() && properties->isThreadSafe());
+    EXPECT_GT(global->getUsedSize() - before, 0x500000u);
+    // Threshold 32: a small request stays at the top, a large one at the bottom.
+    void* small = strings->allocate(16, 4);
+    void* large = strings->allocate(100, 4);
+    EXPECT_GT(small, large);
+    strings->deallocate(small);
+    strings->deallocate(large);
+    properties->deallocate(properties->allocate(48, 4));
+    manager->destroy();
+    EXPECT_EQ(nullptr, MemoryManager::getInstance());
+    EXPECT_EQ(before, global->getUsedSize());
+}
+
+TEST(MemoryManagerDeathTest, HeldBlockOrExhaustedGlobalIsFatal)
+{
+    EXPECT_DEATH(
+        {
+            MemoryManager* manager = MemoryManager::create();
+            manager->createAllocator(0x10000, "Temp")->allocate(24, 4);
+            manager->destroy();
+        },
+        literal("Temp : leak detected(call no = 1,size = 24).\n") + ".*" + literal("Memory leak detected."));
+    EXPECT_DEATH(MemoryManager::create()->createAllocator(0x8000000, "Huge"), literal("Not enough memory."));
+    MemoryManager* manager = MemoryManager::create();
+    EXPECT_DEATH(new SecondManager(), literal("MemoryManager already instanced."));
+    manager->destroy();
 }

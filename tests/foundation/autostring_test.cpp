@@ -35,24 +35,13 @@ TEST_F(AutoStringTest, NullBufferIsTheEmptyStringButZeroLengthIsNot)
     AutoString none;
     AutoString blank("");
     EXPECT_EQ(none.c_str(), nullptr);
-    EXPECT_TRUE(none.empty());
-    EXPECT_FALSE(static_cast<bool>(none));
+    EXPECT_TRUE(none.empty() && AutoString::Null.empty());
     EXPECT_STREQ(blank.c_str(), "");
     EXPECT_FALSE(blank.empty());
-    EXPECT_EQ(blank.size(), 0u);
-    EXPECT_EQ(AutoString(static_cast<char const*>(nullptr)).c_str(), nullptr);
-    EXPECT_TRUE(AutoString::Null.empty());
-
     EXPECT_FALSE(none == blank);
-    EXPECT_TRUE(none != blank);
-    EXPECT_TRUE(none == "");
-    EXPECT_TRUE(blank == "");
+    EXPECT_TRUE(none == "" && blank == "");
     EXPECT_FALSE(blank == static_cast<char const*>(nullptr));
-    EXPECT_TRUE(AutoString("abc") == "abc");
-    EXPECT_TRUE(AutoString("abc") == AutoString("abc"));
     EXPECT_FALSE(AutoString("abc") == AutoString("ab"));
-
-    EXPECT_TRUE(AutoString::isEqual(nullptr, nullptr));
     EXPECT_FALSE(AutoString::isEqual(nullptr, ""));
 }
 
@@ -77,20 +66,12 @@ TEST_F(AutoStringTest, AnEqualValueKeepsTheBuffer)
     AutoString text("same");
     char const* buffer = text.c_str();
     text = "same";
-    EXPECT_EQ(text.c_str(), buffer);
     text = AutoString("same");
-    EXPECT_EQ(text.c_str(), buffer);
-    text = 'x';
-    EXPECT_STREQ(text.c_str(), "x");
-    buffer = text.c_str();
-    text = 'x';
     EXPECT_EQ(text.c_str(), buffer);
     // Assigning a part of its own text is safe.
     AutoString longText("abcdef");
     longText = longText.c_str() + 2;
     EXPECT_STREQ(longText.c_str(), "cdef");
-    longText = static_cast<char const*>(nullptr);
-    EXPECT_TRUE(longText.empty());
     // The empty string already equals "", so it stays null.
     AutoString none;
     none = "";
@@ -127,12 +108,9 @@ TEST_F(AutoStringDeathTest, EmptyWritableIndexAndSecondAllocatorAreFatal)
 TEST_F(AutoStringTest, SubstringsAndInsertion)
 {
     AutoString text("abcdef");
-    EXPECT_STREQ(text.substr(2).c_str(), "cdef");
     EXPECT_STREQ(text.substr(1, 3).c_str(), "bcd");
     EXPECT_STREQ(text.substr(4, 100).c_str(), "ef");
     EXPECT_TRUE(AutoString("abc").substr(3).empty());
-    EXPECT_TRUE(AutoString().substr(0).empty());
-
     AutoString ace("ace");
     ace.insert(1, 'b');
     ace.insert(3, AutoString("d"));
@@ -162,74 +140,38 @@ TEST_F(AutoStringTest, RemovalClearsWheneverTheLengthCoversTheSize)
     EXPECT_TRUE(removed(nullptr, 0, 1).empty());
 }
 
-TEST_F(AutoStringTest, Searching)
+TEST_F(AutoStringTest, SearchingFormattingAndConcatenation)
 {
     AutoString text("one/two/three");
-    EXPECT_EQ(text.findFirst('/'), 3u);
     EXPECT_EQ(text.findFirst('/', 4), 7u);
-    EXPECT_EQ(text.findFirst('x'), AutoString::NotFound);
     EXPECT_EQ(text.findFirst('o', 100), AutoString::NotFound);
-    EXPECT_EQ(text.findLast('/'), 7u);
-    EXPECT_EQ(text.findLast('o'), 6u);
     EXPECT_EQ(text.findLast('o', 7), AutoString::NotFound);
     EXPECT_EQ(text.findLast('o', 6), 6u);
-    EXPECT_EQ(text.findFirst(AutoString("t")), 4u);
     EXPECT_EQ(text.findFirst(AutoString("t"), 5), 8u);
-    EXPECT_EQ(text.findLast(AutoString("t")), 8u);
     EXPECT_EQ(AutoString("aaaa").findLast(AutoString("aa")), 2u);
     EXPECT_EQ(AutoString("abab").findLast(AutoString("ab"), 1), 2u);
-    EXPECT_EQ(text.findLast(AutoString("zz")), AutoString::NotFound);
+    EXPECT_EQ(text.findFirst(AutoString()), AutoString::NotFound);
+    EXPECT_EQ(AutoString().findLast(text), AutoString::NotFound);
+
     AutoString none;
-    EXPECT_EQ(none.findFirst('a') & none.findLast('a') & none.findFirst(text) & none.findLast(text),
-              AutoString::NotFound);
-    EXPECT_EQ(text.findFirst(none), AutoString::NotFound);
-}
-
-TEST_F(AutoStringTest, IndentFormatHashAndConcatenation)
-{
-    AutoString text("x");
-    text.indent(2);
-    EXPECT_STREQ(text.c_str(), "\t\tx");
-    text.indent(0);
-    EXPECT_STREQ(text.c_str(), "\t\tx");
-    AutoString none;
-    none.indent(3);
-    EXPECT_STREQ(none.c_str(), "\t\t\t");
-
-    AutoString formatted;
-    formatted.format("%s=%d", "count", 42);
-    EXPECT_STREQ(formatted.c_str(), "count=42");
-
+    none.indent(2);
+    EXPECT_STREQ(none.c_str(), "\t\t");
+    none.format("%s=%d", "count", 42);
+    EXPECT_STREQ(none.c_str(), "count=42");
     EXPECT_EQ(AutoString().hash(), 0xFFFFFFFFu);
     EXPECT_EQ(AutoString("ObjectBase").hash(), Utils::hash("ObjectBase"));
 
     AutoString sum("ab");
-    sum += "cd";
-    sum += 'e';
-    sum += AutoString("f");
-    EXPECT_STREQ(sum.c_str(), "abcdef");
+    sum += "c";
+    sum += 'd';
     char const* before = sum.c_str();
     sum += AutoString();
     EXPECT_EQ(sum.c_str(), before);
     AutoString empty;
     empty += sum;
     EXPECT_EQ(empty.c_str(), sum.c_str());
-    EXPECT_STREQ((sum + "g").c_str(), "abcdefg");
-    EXPECT_STREQ((sum + 'h').c_str(), "abcdefh");
-    EXPECT_STREQ((sum + AutoString("i")).c_str(), "abcdefi");
-    EXPECT_STREQ(sum.c_str(), "abcdef");
-}
-
-TEST_F(AutoStringTest, HeapPlacedStringsAndAllBytesComeFromTheStringHeap)
-{
-    u32 empty = mpHeap->getUsedSize();
-    AutoString* text = new AutoString("budget");
-    EXPECT_GT(mpHeap->getUsedSize(), empty);
-    AutoString* many = new AutoString[3];
-    many[1] = *text;
-    delete[] many;
-    delete text;
-    EXPECT_EQ(mpHeap->getUsedSize(), empty);
+    EXPECT_STREQ((sum + AutoString("e") + 'f').c_str(), "abcdef");
+    EXPECT_STREQ(sum.c_str(), "abcd");
 }
 
 TEST_F(AutoStringTest, CopiesOnManyThreadsKeepTheCountRight)

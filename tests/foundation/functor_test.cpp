@@ -15,7 +15,6 @@ struct Counter {
         ++mCalls;
         return static_cast<unsigned int>(mCalls);
     }
-    void reset() { mTotal = 0; }
 };
 
 } // namespace
@@ -34,16 +33,10 @@ TEST(Functor, CallsTheBoundMemberAndDuplicatesIndependently)
     delete copy;
 
     FunctorIntermediate<void, unsigned int>* tick = new Functor<Counter, void, unsigned int>(&counter, &Counter::tick);
-    EXPECT_EQ((*tick)(), 1u);
     FunctorBase* base = tick->duplicate();
-    EXPECT_EQ((*tick)(), 2u);
+    EXPECT_EQ((*tick)(), 1u);
     delete tick;
     delete base;
-
-    FunctorIntermediate<void, void>* reset = new Functor<Counter, void, void>(&counter, &Counter::reset);
-    (*reset)();
-    EXPECT_EQ(counter.mTotal, 0);
-    delete reset;
     EXPECT_EQ(FunctorBase::getAllocator()->getUsedSize(), usedBefore);
 }
 

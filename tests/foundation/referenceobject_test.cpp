@@ -26,7 +26,6 @@ TEST(ReferenceObject, TheLastReleaseDeletes)
 {
     int deaths = 0;
     Tracked* object = new Tracked(&deaths);
-    EXPECT_EQ(object->getRefCount(), 1);
     object->addRef();
     object->release();
     EXPECT_EQ(deaths, 0);
@@ -34,18 +33,11 @@ TEST(ReferenceObject, TheLastReleaseDeletes)
     EXPECT_EQ(deaths, 1);
 }
 
-TEST(ReferenceObject, DerivedEndReplacesTheDeletion)
+TEST(ReferenceObjectDeathTest, DerivedEndReplacesTheDeletionAndReleaseBelowZeroIsFatal)
 {
     Deferred object;
     object.release();
     EXPECT_TRUE(object.mEnded);
-    EXPECT_EQ(object.getRefCount(), 0);
-}
-
-TEST(ReferenceObjectDeathTest, ReleaseBelowZeroIsFatal)
-{
-    Deferred object;
-    object.release();
     EXPECT_DEATH(object.release(), "Reference counter underflow\\.");
 }
 

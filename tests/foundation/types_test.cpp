@@ -17,7 +17,6 @@ TEST(Fixed, IntegerConversionRoundsTowardNegativeInfinity)
     EXPECT_EQ(static_cast<int>(raw(-1)), -1);
     EXPECT_EQ(static_cast<int>(raw(-0x18000)), -2);
     EXPECT_EQ(static_cast<int>(raw(0x18000)), 1);
-    EXPECT_EQ(sFixed(1, 16), sFixed::One);
     EXPECT_EQ(sFixed(3, 15), raw(0x18000));
 }
 
@@ -49,17 +48,10 @@ TEST(Fixed, ArithmeticWrapsWithoutSaturation)
     EXPECT_EQ(sFixed(-3, 16) / sFixed(2, 16), sFixed(-1.5f));
     EXPECT_EQ(sFixed(1, 16) / sFixed(3, 16), raw(0x5555));
     sFixed value = sFixed::One;
-    value += sFixed::Half;
-    value -= sFixed::One;
-    EXPECT_EQ(value, sFixed::Half);
     value -= 0.25f;
-    EXPECT_EQ(value, raw(0x4000));
     value *= sFixed(2, 16);
-    EXPECT_EQ(value, sFixed::Half);
+    EXPECT_EQ(value, raw(0x18000));
     EXPECT_EQ(raw(-5).abs(), raw(5));
-    EXPECT_TRUE(sFixed::Min < sFixed::Zero && sFixed::Zero < sFixed::Max);
-    EXPECT_TRUE(sFixed::Half <= sFixed::Half && sFixed::One >= sFixed::Half && sFixed::One > sFixed::Half);
-    EXPECT_EQ(minimum(sFixed::One, sFixed::Half), sFixed::Half);
 }
 
 TEST(Color, BytesAndFloatsConvertByTruncation)
@@ -73,8 +65,6 @@ TEST(Color, BytesAndFloatsConvertByTruncation)
     sColor back = grayF;
     EXPECT_TRUE(back.r == 190 || back.r == 191);
     EXPECT_EQ(back.a, 255);
-    sColor red = sColorF::Red;
-    EXPECT_EQ(static_cast<unsigned int>(red), static_cast<unsigned int>(sColor::Red));
     // The word reads the bytes in stored order.
     sColor bytes(1, 2, 3, 4);
     unsigned int word = bytes;
@@ -84,67 +74,31 @@ TEST(Color, BytesAndFloatsConvertByTruncation)
     EXPECT_FLOAT_EQ(product[2], 0.0f);
 }
 
-TEST(Point, VectorOperations)
+TEST(Point, VectorLengthDotAndNormal)
 {
-    sPoint a(3, 4);
-    EXPECT_EQ(a + sPoint(1, 1), sPoint(4, 5));
-    EXPECT_EQ(a - sPoint(1, 1), sPoint(2, 3));
-    EXPECT_EQ(-a, sPoint(-3, -4));
-    EXPECT_EQ(a * 2, sPoint(6, 8));
-    a += sPoint(1, 0);
-    EXPECT_EQ(a[0], 4);
-    EXPECT_EQ(a[1], 4);
-
+    EXPECT_EQ(sPoint(3, 4) * 2 - sPoint(1, 1), sPoint(5, 7));
     sVector v(sFixed(3, 16), sFixed(4, 16));
     EXPECT_FLOAT_EQ(v.length(), 5.0f);
     EXPECT_EQ(v.dot(v), sFixed(25, 16));
-    EXPECT_EQ(v * sFixed::Half, sVector(sFixed(1.5f), sFixed(2, 16)));
     EXPECT_EQ(v * sVector(sFixed::Half, sFixed::One), sVector(sFixed(1.5f), sFixed(4, 16)));
-    sVector unit = v.normalize();
-    EXPECT_EQ(unit, sVector(sFixed(0.6f), sFixed(0.8f)));
+    EXPECT_EQ(v.normalize(), sVector(sFixed(0.6f), sFixed(0.8f)));
 }
 
-TEST(Rect, PointTestIncludesBothEdges)
-{
-    sRect rect(0, 0, 10, 10);
-    EXPECT_TRUE(rect.intersect(sPoint(10, 10)));
-    EXPECT_TRUE(rect.intersect(sPoint(0, 0)));
-    EXPECT_FALSE(rect.intersect(sPoint(11, 5)));
-    EXPECT_FALSE(rect.intersect(sPoint(5, -1)));
-}
-
-TEST(Rect, OverlapOfTouchingRectanglesIsZero)
+// Points on either edge are inside; rectangles that only touch overlap in Zero.
+TEST(Rect, EdgesCountForPointsButNotForOverlap)
 {
     sRect a(0, 0, 10, 10);
+    EXPECT_TRUE(a.intersect(sPoint(10, 10)) && a.intersect(sPoint(0, 0)));
+    EXPECT_FALSE(a.intersect(sPoint(11, 5)) || a.intersect(sPoint(5, -1)));
     EXPECT_EQ(a & sRect(10, 0, 20, 10), sRect::Zero);
     EXPECT_EQ(a & sRect(0, 10, 10, 20), sRect::Zero);
-    EXPECT_EQ(a & sRect(30, 30, 40, 40), sRect::Zero);
     EXPECT_EQ(a & sRect(5, -5, 15, 5), sRect(5, 0, 10, 5));
     sRect b = a;
     b &= sRect(2, 3, 4, 5);
-    EXPECT_EQ(b, sRect(2, 3, 4, 5));
     b |= sRect(-1, 8, 3, 20);
     EXPECT_EQ(b, sRect(-1, 3, 4, 20));
-    EXPECT_EQ(sRect::Max.left, -2147483647 - 1);
-    EXPECT_EQ(sRect::Max.bottom, 2147483647);
-}
-
-TEST(Rect, ConstructionSizeAndTranslation)
-{
-    EXPECT_EQ(sRect(30u, 20u), sRect(0, 0, 30, 20));
-    EXPECT_EQ(sRect(sSize(30, 20)), sRect(0, 0, 30, 20));
-    EXPECT_EQ(sRect(sPoint(1, 2), sPoint(3, 4)), sRect(1, 2, 3, 4));
     EXPECT_EQ(sRect(sPoint(1, 2), sSize(3, 4)), sRect(1, 2, 4, 6));
-    sRect rect(1, 2, 4, 6);
-    EXPECT_EQ(rect.getWidth(), 3u);
-    EXPECT_EQ(rect.getHeight(), 4u);
-    EXPECT_EQ(rect.getSize(), sSize(3, 4));
-    EXPECT_EQ(rect.getTranslate(), sPoint(1, 2));
-    rect.translateAbs(sPoint(10, 10));
-    EXPECT_EQ(rect, sRect(10, 10, 13, 14));
-    rect.translateRel(sPoint(-1, 1));
-    EXPECT_EQ(rect, sRect(9, 11, 12, 15));
-    EXPECT_EQ(rect[2], 12);
-    rect[3] = 20;
-    EXPECT_EQ(rect.bottom, 20);
+    b.translateAbs(sPoint(10, 10));
+    b.translateRel(sPoint(-1, 1));
+    EXPECT_EQ(b, sRect(9, 11, 14, 28));
 }
