@@ -9,7 +9,6 @@ namespace {
 // Counts its destructions, to see who deletes what.
 class Counted : public SampleLeaf {
 public:
-    Counted() {}
     Counted(s32 value, int* deaths) : SampleLeaf(value, "counted"), mpDeaths(deaths) {}
     ~Counted() override
     {
@@ -17,7 +16,7 @@ public:
             ++*mpDeaths;
         }
     }
-    int* mpDeaths = nullptr;
+    int* mpDeaths;
 };
 
 // A list member, published as a stable object property.
@@ -35,6 +34,12 @@ std::string readTraces(ObjectBase* object, std::string const& text)
     return testing::internal::GetCapturedStderr();
 }
 
+std::string eraseId(std::string text, char const* element)
+{
+    size_t const id = text.find(" id=\"", text.find(element));
+    return text.erase(id, text.find('"', id + 5) + 1 - id);
+}
+
 } // namespace
 
 TEST(ObjectList, OwnsItsElementsOnlyWithNonStableContents)
@@ -43,7 +48,6 @@ TEST(ObjectList, OwnsItsElementsOnlyWithNonStableContents)
     Counted kept(1, &deaths);
     {
         ObjectList stable;
-        EXPECT_TRUE(stable.getContentStability());
         stable.addLast(&kept);
         stable.setCount(2);
         EXPECT_EQ(0, deaths) << "a stable list forgets without deleting";
@@ -59,25 +63,20 @@ TEST(ObjectList, OwnsItsElementsOnlyWithNonStableContents)
         owning.addLast(new Counted(2, &deaths));
         owning.setCount(3);
         EXPECT_EQ(2, deaths);
-        EXPECT_EQ(3u, owning.size());
         owning.setCurrentIndex(1);
         owning.setObject(new Counted(3, &deaths));
         owning.addFirst(new Counted(4, &deaths));
     }
     EXPECT_EQ(4, deaths) << "the owning list deletes what it holds when it ends";
-}
 
-TEST(ObjectList, SetObjectDeletesTheReplacedElementEvenWhenItIsStoredAgain)
-{
-    int deaths = 0;
+    // The replaced element goes even when it is the one stored again.
     ObjectList owning;
     owning.setContentStability(false);
     Counted* element = new Counted(1, &deaths);
     owning.addLast(element);
     owning.setObject(element);
-    EXPECT_EQ(1, deaths);
+    EXPECT_EQ(5, deaths);
     owning.clear(); // the entry now dangles; clear deletes nothing
-    EXPECT_TRUE(owning.empty());
 }
 
 TEST(ObjectListDeathTest, GuardsItsIndexAndItsStability)
@@ -108,8 +107,6 @@ TEST(ObjectList, PublishesCountStabilityAndOneIndexMemberPairPerElement)
         EXPECT_STREQ(names[i], properties[i]->getName());
         EXPECT_EQ(types[i], properties[i]->getType());
     }
-    EXPECT_EQ(2, properties[0]->getNumeric(PropertyBase::CurrentIndex));
-    EXPECT_EQ(-1, properties[1]->getNumeric(PropertyBase::CurrentIndex));
 
     // Every pair looks at the one index: set it, then use the member.
     properties[4]->setNumeric(1, PropertyBase::CurrentIndex);
@@ -130,10 +127,7 @@ TEST(ObjectList, NonStableContentsTraceWhatTheyCannotMake)
     source.mList.addLast(new SampleLeaf(1, "one"));
     source.mList.addLast(new SampleLeaf(2, "two"));
     source.mList.addLast(new SampleLeaf(3, "three"));
-    std::string text = writeObject(&source, "Holder", true);
-    size_t const first = text.find("<element0 ");
-    size_t const id = text.find(" id=\"", first);
-    text.erase(id, text.find('"', id + 5) + 1 - id);
+    std::string text = eraseId(writeObject(&source, "Holder", true), "<element0 ");
     text = replaceOnce(text, "<element1 typeinfo=\"SampleLeaf\"", "<element1 typeinfo=\"NoSuchLeaf\"");
 
     ListHolder target(false);
@@ -143,11 +137,8 @@ TEST(ObjectList, NonStableContentsTraceWhatTheyCannotMake)
     EXPECT_EQ(nullptr, target.mList[1]);
     EXPECT_EQ(3, static_cast<SampleLeaf*>(target.mList[2])->mValue);
 
-    ListHolder noCount(false);
-    noCount.mList.addLast(new SampleLeaf(5, "five"));
-    EXPECT_EQ("count not found.\n", readTraces(&noCount, replaceOnce(text, "list_count=\"3\" ", "")));
-    EXPECT_TRUE(noCount.mList.empty());
-
+    EXPECT_EQ("count not found.\n", readTraces(&target, replaceOnce(text, "list_count=\"3\" ", "")));
+    EXPECT_TRUE(target.mList.empty());
     ListHolder damaged(false);
     EXPECT_EQ("Object count -5 out of range.\n", readTraces(&damaged, replaceOnce(text, "list_count=\"3\"", "list_count=\"-5\"")));
     EXPECT_TRUE(damaged.mList.empty());
@@ -186,8 +177,6 @@ TEST(ObjectList, StableContentsLoadOnlyFromTypeIds)
     source.mList.addLast(&a);
     source.mList.addLast(&b);
     std::string const text = writeObject(&source, "Holder", true);
-    EXPECT_NE(std::string::npos, text.find("<element0 typeinfo=\"SampleLeaf\" id=\"")) ;
-    EXPECT_NE(std::string::npos, text.find("stable=\"true\" >\n\t\t\t<Value"));
 
     SampleLeaf x(0, "x");
     SampleLeaf y(0, "y");
@@ -206,27 +195,14 @@ TEST(ObjectList, StableContentsLoadOnlyFromTypeIds)
     EXPECT_EQ("", readTraces(&target, byType));
     EXPECT_EQ(1, x.mValue);
     EXPECT_STREQ("b", y.mName.c_str());
-}
-
-TEST(ObjectList, StableContentsTraceCountsIdsAndNullEntries)
-{
-    SampleLeaf a(1, "a");
-    SampleLeaf b(2, "b");
-    ListHolder source(true);
-    source.mList.addLast(&a);
-    source.mList.addLast(&b);
-    std::string text = writeObject(&source, "Holder", true);
-    size_t const id = text.find(" id=\"", text.find("<element0 "));
-    text.erase(id, text.find('"', id + 5) + 1 - id);
 
     ListHolder shorter(true);
     shorter.mList.addLast(&a);
     EXPECT_EQ("Object count mismatch.\n", readTraces(&shorter, text));
-
     ListHolder gapped(true);
     gapped.mList.addLast(&a);
     gapped.mList.addLast(nullptr);
-    EXPECT_EQ("element0 id not found.\nContent is NULL.\n", readTraces(&gapped, text));
+    EXPECT_EQ("element0 id not found.\nContent is NULL.\n", readTraces(&gapped, eraseId(text, "<element0 ")));
 }
 
 TEST(ObjectList, ANonStableListWritesItsElementsEveryTime)
@@ -247,9 +223,7 @@ TEST(ObjectList, ANonStableListWritesItsElementsEveryTime)
     holder.mpList = &list;
     holder.mpSame = &list;
     std::string const text = normalizeIds(writeObject(&holder, "Holder", true));
-    size_t const first = text.find("<element0 ");
-    ASSERT_NE(std::string::npos, first);
-    EXPECT_NE(std::string::npos, text.find("<element0 ", first + 1));
+    EXPECT_NE(std::string::npos, text.find("<element0 ", text.find("<element0 ") + 1));
     EXPECT_NE(std::string::npos, text.find("<Second type=\"Object\" count=\"0\" index=\"0\" typeinfo=\"ObjectList\" "
                                            "id=\"ID2\" list_count=\"1\" stable=\"false\" >"));
 }

@@ -1,13 +1,13 @@
-// Properties: type codes, the index convention, the exact text and numeric
-// forms (with the deliberate bool inversion), typed access, counting, the
-// block heap, object and resource semantics, and copyProperties.
+// Properties: the index convention, the text and numeric forms (with the
+// deliberate bool inversion), typed access, counting, the block heap, object
+// and resource semantics, and copyProperties.
 #include <gtest/gtest.h>
 
-#include <cfloat>
 #include <cstdlib>
 
 #include "foundation/allocator.h"
 #include "foundation/utils.h"
+#include "reflection/control.h"
 #include "reflectiontest.h"
 
 namespace {
@@ -28,10 +28,9 @@ T afterSetString(T value, char const* text)
     return value;
 }
 
-// An object whose setter clamps, and whose text getter builds a fresh string.
+// A setter that clamps, and a text getter that builds a fresh string.
 class Guarded : public ObjectBase {
 public:
-    Guarded() : mLevel(0), mCalls(0) {}
     s32 getLevel() const { return mLevel; }
     void setLevel(s32 level) { mLevel = (level > 10) ? 10 : level; }
     AutoString getLabel() const
@@ -42,32 +41,11 @@ public:
     }
     void setLabel(AutoString) {}
 
-    s32 mLevel;
-    mutable s32 mCalls;
+    s32 mLevel = 0;
+    mutable s32 mCalls = 0;
 };
 
 } // namespace
-
-TEST(Property, TypeCodesAndNamesFollowTheTable)
-{
-    char const* const names[] = {"undefined", "bool", "s8", "s16", "s32", "s64", "u8", "u16",
-                                 "u32", "u64", "f32", "f64", "size", "point", "rect", "color",
-                                 "colorf", "texcoord", "fixed", "vector", "string", "const string", "Object",
-                                 "Resource"};
-    for (unsigned int type = 0; type < ePropertyType_Num; ++type) {
-        EXPECT_STREQ(names[type], PropertyBase::getTypeNameOf(type));
-    }
-    EXPECT_EQ(17u, getPropertyType<sTexcoord>());
-    EXPECT_EQ(23u, getPropertyType<ResourceBase*>());
-    f32 value = 0.0f;
-    ReferenceProperty<f32> property("Speed", &value);
-    EXPECT_EQ(10u, property.getType());
-    EXPECT_EQ(Utils::hash("Speed"), property.getNameHash());
-    PropertyBase base(0, "Base", 0);
-    char buffer[64];
-    EXPECT_STREQ("undefined", base.getTypeName());
-    EXPECT_EQ(nullptr, base.getString(buffer, 0));
-}
 
 TEST(Property, ASingleValueIgnoresTheIndexAndAnArrayGuardsIt)
 {
@@ -79,9 +57,7 @@ TEST(Property, ASingleValueIgnoresTheIndexAndAnArrayGuardsIt)
 
     s32 values[4] = {10, 11, 12, 13};
     ReferenceProperty<s32> array("Four", values, 4);
-    EXPECT_EQ(4u, array.getCount());
     array.setIndex(3);
-    EXPECT_EQ(3u, array.getIndex());
     EXPECT_EQ(13, array.get(PropertyBase::CurrentIndex));
     EXPECT_EQ(11, array.get(1)) << "any other index is the element's own";
     array.setString("99");
@@ -90,22 +66,18 @@ TEST(Property, ASingleValueIgnoresTheIndexAndAnArrayGuardsIt)
     EXPECT_EQ(7, values[0]);
     EXPECT_DEATH(array.setIndex(4), "Invalid index\\.");
     EXPECT_DEATH(PropertyBase(1, "Huge", 4096), "Property count overflow\\.");
+    PropertyBase base(0, "Base", 0);
+    char buffer[64];
+    EXPECT_EQ(nullptr, base.getString(buffer, 0));
 }
 
+// The scalar forms are checked whole in the sample file; these are the forms
+// that files spread over several attributes.
 TEST(Property, TextFormsAreExact)
 {
-    EXPECT_EQ("true", textOf(true));
-    EXPECT_EQ("false", textOf(false));
     EXPECT_EQ("-128", textOf<s8>(-128));
-    EXPECT_EQ("-32768", textOf<s16>(-32768));
-    EXPECT_EQ("255", textOf<u8>(255));
-    EXPECT_EQ("65535", textOf<u16>(65535));
     EXPECT_EQ("-294967296", textOf<u32>(4000000000u)) << "a u32 above 2^31 shows negative";
     EXPECT_EQ("5", textOf<s64>((1ll << 32) + 5)) << "64-bit values show their low 32 bits";
-    EXPECT_EQ("-1", textOf<u64>(~0ull));
-    EXPECT_EQ("0.100000", textOf<f32>(0.1f));
-    EXPECT_EQ("-2.500000", textOf<f64>(-2.5));
-    EXPECT_EQ("1.500000", textOf(sFixed(1.5f)));
     EXPECT_EQ("(640,480)", textOf(sSize(640, 480)));
     EXPECT_EQ("(-3,4)", textOf(sPoint(-3, 4)));
     EXPECT_EQ("(65535,7)", textOf(sTexcoord(65535, 7)));
@@ -113,7 +85,6 @@ TEST(Property, TextFormsAreExact)
     EXPECT_EQ("(1,2,3,4)", textOf(sRect(1, 2, 3, 4)));
     EXPECT_EQ("(10,20,30,255)", textOf(sColor(10, 20, 30, 255)));
     EXPECT_EQ("(0.000000,0.500000,1.000000,0.250000)", textOf(sColorF(0.0f, 0.5f, 1.0f, 0.25f)));
-    EXPECT_EQ("words", textOf(AutoString("words")));
     EXPECT_EQ("", textOf(AutoString()));
     EXPECT_EQ("literal", textOf<char const*>("literal"));
 }
@@ -128,16 +99,10 @@ TEST(Property, SetStringCutsIntegersAndInvertsBools)
     // Deliberate: "true" gives false, anything else true.
     EXPECT_FALSE(afterSetString<bool>(true, "true"));
     EXPECT_TRUE(afterSetString<bool>(false, "false"));
-    EXPECT_TRUE(afterSetString<bool>(false, ""));
     EXPECT_TRUE(afterSetString<bool>(false, nullptr));
-    EXPECT_EQ(0.25f, afterSetString<f32>(0.0f, "0.25"));
     EXPECT_EQ(-1e100, afterSetString<f64>(0.0, "-1e100"));
     EXPECT_EQ(sFixed(2.75f), afterSetString(sFixed(0, 0), "2.75"));
-    EXPECT_STREQ("copied", afterSetString(AutoString("old"), "copied").c_str());
-
     // The rest ignore text.
-    EXPECT_EQ(sSize(1, 2), afterSetString(sSize(1, 2), "(3,4)"));
-    EXPECT_EQ(sPoint(1, 2), afterSetString(sPoint(1, 2), "(3,4)"));
     EXPECT_EQ(sRect(1, 2, 3, 4), afterSetString(sRect(1, 2, 3, 4), "(0,0,0,0)"));
     EXPECT_STREQ("kept", afterSetString<char const*>("kept", "other"));
 }
@@ -153,8 +118,6 @@ TEST(Property, NumericFormsCoverIntegersAndBoolsOnly)
     bool flag = true;
     ReferenceProperty<bool> boolean("Flag", &flag);
     EXPECT_EQ(-1, boolean.getNumeric(PropertyBase::CurrentIndex));
-    boolean.setNumeric(0, PropertyBase::CurrentIndex);
-    EXPECT_FALSE(flag);
     boolean.setNumeric(5, PropertyBase::CurrentIndex);
     EXPECT_TRUE(flag);
 
@@ -170,9 +133,6 @@ TEST(Property, TypedAccessDemandsTheExactType)
     s32 value = 3;
     ReferenceProperty<s32> property("Value", &value);
     PropertyBase& base = property;
-    EXPECT_EQ(3, base.getByType<s32>(PropertyBase::CurrentIndex));
-    base.setByType<s32>(4, PropertyBase::CurrentIndex);
-    EXPECT_EQ(4, value);
     base = 5;
     EXPECT_EQ(5, static_cast<s32>(base));
     EXPECT_DEATH(base.getByType<u32>(PropertyBase::CurrentIndex), "Type missmatch\n");
@@ -180,7 +140,6 @@ TEST(Property, TypedAccessDemandsTheExactType)
 
     char const* text = "fixed";
     ReferenceProperty<char const*> constant("Text", &text);
-    EXPECT_STREQ("fixed", constant.getByType<char const*>(PropertyBase::CurrentIndex));
     constant.setByType<char const*>("other", PropertyBase::CurrentIndex);
     EXPECT_STREQ("fixed", text) << "a const string is not set through the base";
 }
@@ -191,43 +150,36 @@ TEST(Property, IndirectPropertiesGoThroughTheObject)
     IndirectProperty<s32> level("Level", &object, &Guarded::getLevel, &Guarded::setLevel);
     level.setString("25");
     EXPECT_EQ(10, object.mLevel) << "the setter may refuse or change the value";
-    level.setIndex(3);
-    EXPECT_EQ(0u, level.getIndex());
-
-    IndirectProperty<AutoString> label("Label", &object, &Guarded::getLabel, &Guarded::setLabel);
-    char buffer[64];
-    char const* first = label.getString(buffer, PropertyBase::CurrentIndex);
-    EXPECT_STREQ("label_1", first) << "valid until the next call, though the getter's string is gone";
-    EXPECT_STREQ("label_2", label.getString(buffer, PropertyBase::CurrentIndex));
-
     IndirectProperty<s32> readOnly("ReadOnly", &object, &Guarded::getLevel, static_cast<void (Guarded::*)(s32)>(nullptr));
     readOnly.setNumeric(3, PropertyBase::CurrentIndex);
     EXPECT_EQ(10, object.mLevel);
+
+    IndirectProperty<AutoString> label("Label", &object, &Guarded::getLabel, &Guarded::setLabel);
+    char buffer[64];
+    EXPECT_STREQ("label_1", label.getString(buffer, PropertyBase::CurrentIndex))
+        << "valid until the next call, though the getter's string is gone";
+    EXPECT_STREQ("label_2", label.getString(buffer, PropertyBase::CurrentIndex));
 }
 
 TEST(PropertyList, HoldsAReferenceAndFindsByNameAndType)
 {
     s32 value = 0;
-    f32 real = 0.0f;
     PropertyBase* kept = new ReferenceProperty<s32>("Value", &value);
     kept->addRef();
     {
         PropertyList list;
         list.add(kept);
-        list.add(new ReferenceProperty<f32>("Real", &real));
         EXPECT_EQ(2u, kept->getRefCount());
-        EXPECT_EQ(kept, list.find("Value", ePropertyType_S32));
         EXPECT_EQ(kept, list.find(Utils::hash("Value"), ePropertyType_S32));
         EXPECT_EQ(nullptr, list.find("Value", ePropertyType_U32)) << "the right name with a wrong type";
         EXPECT_EQ(nullptr, list.find("Missing", ePropertyType_S32));
     }
     EXPECT_EQ(1u, kept->getRefCount());
     kept->release();
-    // A property never added anywhere goes at its release too.
-    (new ReferenceProperty<s32>("Loose", &value))->release();
 }
 
-TEST(PropertyDeathTest, PropertiesLiveInTheBlockHeapOnceItIsSet)
+// Controls share the heap: a control and its property take a block each.
+TEST(PropertyDeathTest, PropertiesAndControlsLiveInTheBlockHeapOnceItIsSet)
 {
     EXPECT_EXIT(
         {
@@ -235,13 +187,14 @@ TEST(PropertyDeathTest, PropertiesLiveInTheBlockHeapOnceItIsSet)
             PropertyBase* early = new ReferenceProperty<s32>("Early", &value);
             BlockAllocator heap(48, 64, "Property", nullptr, false);
             PropertyBase::setAllocator(&heap);
-            EXPECT_EQ(&heap, PropertyBase::getAllocator());
             PropertyBase* inside = new ObjectProperty("Inside", static_cast<ObjectBase*>(nullptr));
             bool const placed = heap.getUsedSize() == 48;
             delete inside;
             delete early; // made before the heap: goes back where it came from
-            bool const freed = heap.getUsedSize() == 0;
-            std::_Exit((placed && freed && !testing::Test::HasFailure()) ? 0 : 1);
+            ControlBase* control = new PropertyControl(new ReferenceProperty<s32>("Value", &value));
+            bool const controlPlaced = heap.getUsedSize() == 96;
+            delete control;
+            std::_Exit((placed && controlPlaced && heap.getUsedSize() == 0) ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
     EXPECT_DEATH(
@@ -253,9 +206,6 @@ TEST(PropertyDeathTest, PropertiesLiveInTheBlockHeapOnceItIsSet)
         "Allocator already set\\.");
 }
 
-// ---------------------------------------------------------------------------
-// Objects
-
 // A fixed member takes over values, a non-stable pointer is replaced (the old
 // object untouched), a stable pointer's object takes over values.
 TEST(ObjectProperty, SetReplacesOnlyNonStablePointers)
@@ -263,7 +213,6 @@ TEST(ObjectProperty, SetReplacesOnlyNonStablePointers)
     SampleLeaf first(1, "first");
     SampleLeaf second(2, "second");
     ObjectProperty member("Member", &first);
-    EXPECT_TRUE(member.isStableObject());
     member.setByType<ObjectBase*>(&second, PropertyBase::CurrentIndex);
     EXPECT_EQ(2, first.mValue);
     EXPECT_STREQ("first", first.mName.c_str()) << "strings are not copied";
@@ -286,24 +235,20 @@ TEST(ObjectProperty, SetReplacesOnlyNonStablePointers)
     EXPECT_EQ(2, first.mValue);
 }
 
-// ---------------------------------------------------------------------------
-// Resources
-
 namespace {
 
 // The stand-in resources are no ResourceBase in C++, so the functions use
 // the base pointer type; the resource layer's classes use their own.
 class TextureUser : public ObjectBase {
 public:
-    TextureUser() : mpTexture(nullptr), mSets(0) {}
     ResourceBase* getTexture() const { return mpTexture; }
     void setTexture(ResourceBase* texture)
     {
         ++mSets;
         mpTexture = texture;
     }
-    ResourceBase* mpTexture;
-    int mSets;
+    ResourceBase* mpTexture = nullptr;
+    int mSets = 0;
 };
 
 } // namespace
@@ -316,65 +261,44 @@ TEST(ResourceProperty, CountsWhatItHoldsAndRefusesOtherClasses)
     ResourceBase* slot = nullptr;
     {
         ResourceProperty property("Texture", SampleResource::getStaticTypeInfo(), &slot);
-        EXPECT_EQ(SampleResource::getStaticTypeInfo(), property.getTypeInfo());
         char buffer[64];
         EXPECT_STREQ("null", property.getString(buffer, PropertyBase::CurrentIndex));
-
         property.setByType<ResourceBase*>(asResource(first), PropertyBase::CurrentIndex);
-        EXPECT_EQ(2, first->getRefCount());
         property.setByType<ResourceBase*>(asResource(first), PropertyBase::CurrentIndex);
         EXPECT_EQ(2, first->getRefCount()) << "the value it holds: no change";
         EXPECT_STREQ("native/a.tex", property.getString(buffer, PropertyBase::CurrentIndex));
-
         property.setByType<ResourceBase*>(asResource(other), PropertyBase::CurrentIndex);
         EXPECT_EQ(asResource(first), slot) << "refused in silence";
         EXPECT_EQ(1, other->getRefCount());
-
         property.setByType<ResourceBase*>(asResource(second), PropertyBase::CurrentIndex);
         EXPECT_EQ(1, first->getRefCount());
         EXPECT_EQ(2, second->getRefCount());
         property.setByType<ResourceBase*>(nullptr, PropertyBase::CurrentIndex);
         EXPECT_EQ(1, second->getRefCount());
-        EXPECT_EQ(nullptr, slot);
     }
+
+    // An indirect one leaves counting to the setter.
+    TextureUser user;
+    IndirectResourceProperty indirect("Texture", SampleResource::getStaticTypeInfo(), &user, &TextureUser::getTexture,
+                                      &TextureUser::setTexture);
+    indirect.setByType<ResourceBase*>(asResource(first), PropertyBase::CurrentIndex);
+    indirect.setByType<ResourceBase*>(asResource(first), PropertyBase::CurrentIndex);
+    indirect.setByType<ResourceBase*>(asResource(other), PropertyBase::CurrentIndex);
+    EXPECT_EQ(asResource(first), user.mpTexture);
+    EXPECT_EQ(1, first->getRefCount());
+    EXPECT_EQ(1, user.mSets) << "the same value and a wrong class never reach the setter";
     first->release();
     second->release();
     other->release();
-}
 
-TEST(ResourceProperty, AnIndirectOneLeavesCountingToTheSetter)
-{
-    SampleResource* texture = new SampleResource();
-    OtherResource* other = new OtherResource();
-    TextureUser user;
-    IndirectResourceProperty property("Texture", SampleResource::getStaticTypeInfo(), &user, &TextureUser::getTexture,
-                                      &TextureUser::setTexture);
-    property.setByType<ResourceBase*>(asResource(texture), PropertyBase::CurrentIndex);
-    EXPECT_EQ(asResource(texture), user.mpTexture);
-    EXPECT_EQ(1, texture->getRefCount());
-    property.setByType<ResourceBase*>(asResource(texture), PropertyBase::CurrentIndex);
-    property.setByType<ResourceBase*>(asResource(other), PropertyBase::CurrentIndex);
-    EXPECT_EQ(1, user.mSets) << "the same value and a wrong class never reach the setter";
-    EXPECT_EQ(asResource(texture), property.getByType<ResourceBase*>(PropertyBase::CurrentIndex));
-    texture->release();
-    other->release();
-}
-
-TEST(ResourcePropertyDeathTest, OnlyResourceClassesAreAccepted)
-{
-    ResourceBase* slot = nullptr;
     EXPECT_DEATH(ResourceProperty("Texture", SampleLeaf::getStaticTypeInfo(), &slot), "Invalid TypeInfo\\.");
     EXPECT_DEATH(ResourceProperty("Texture", nullptr, &slot), "Invalid TypeInfo\\.");
 }
-
-// ---------------------------------------------------------------------------
-// copyProperties
 
 namespace {
 
 class CopyTarget : public ObjectBase {
 public:
-    CopyTarget() : mCount(0), mRatio(0.0f), mFlag(false), mName("target"), mpChild(nullptr), mSize(0, 0) {}
     void makePropertyList(PropertyList& list) override
     {
         list.add(new ReferenceProperty<u16>("Count", &mCount));
@@ -383,33 +307,23 @@ public:
         list.add(new ReferenceProperty<AutoString>("Name", &mName));
         list.add(new ObjectProperty("Child", &mpChild, false));
         list.add(new ReferenceProperty<sSize>("Size", &mSize));
+        list.add(new ReferenceProperty<s16>("Value", &mValue));
     }
-    u16 mCount;
-    f32 mRatio;
-    bool mFlag;
-    AutoString mName;
-    SampleLeaf* mpChild;
-    sSize mSize;
+    u16 mCount = 0;
+    f32 mRatio = 0.0f;
+    bool mFlag = false;
+    AutoString mName = "target";
+    SampleLeaf* mpChild = nullptr;
+    sSize mSize = sSize(0, 0);
+    s16 mValue = 9;
 };
-
-class CopySource : public CopyTarget {
-public:
-    void makePropertyList(PropertyList& list) override
-    {
-        CopyTarget::makePropertyList(list);
-        list.add(new ReferenceProperty<s32>("Extra", &mExtra));
-    }
-    s32 mExtra = 0;
-};
-
-class Empty : public ObjectBase {};
 
 } // namespace
 
 TEST(ObjectBase, CopyPropertiesTakesIntegersAndObjectsOnly)
 {
     SampleLeaf child(1, "child");
-    CopySource source;
+    CopyTarget source;
     source.mCount = 7;
     source.mRatio = 0.5f;
     source.mFlag = true;
@@ -427,16 +341,6 @@ TEST(ObjectBase, CopyPropertiesTakesIntegersAndObjectsOnly)
 
     // A same-named property of another type is not the same property.
     SampleLeaf leaf(5, "leaf");
-    class Renamed : public ObjectBase {
-    public:
-        void makePropertyList(PropertyList& list) override { list.add(new ReferenceProperty<s16>("Value", &mValue)); }
-        s16 mValue = 9;
-    } renamed;
-    leaf.copyProperties(&renamed);
-    EXPECT_EQ(5, leaf.mValue);
-
-    Empty empty;
-    leaf.copyProperties(&empty);
-    empty.copyProperties(&leaf);
+    leaf.copyProperties(&source);
     EXPECT_EQ(5, leaf.mValue);
 }

@@ -1,13 +1,9 @@
 #include "reflectiontest.h"
 
-#include <cstdio>
 #include <map>
 #include <new>
-#include <random>
-#include <vector>
+#include <regex>
 
-#include "foundation/allocator.h"
-#include "platform/filesystem.h"
 #include "serial/stream.h"
 #include "serial/xmlreader.h"
 #include "serial/xmlwriter.h"
@@ -20,9 +16,7 @@ IMPLEMENT_OBJECT_TYPEINFO(OtherResource, "ResourceBase");
 
 namespace {
 
-// ---------------------------------------------------------------------------
-// The resource link, over ReferenceObject-based stand-ins
-
+// The resource link, over ReferenceObject-based stand-ins.
 std::map<std::string, ReferenceObject*>& getResources()
 {
     static std::map<std::string, ReferenceObject*> resources;
@@ -34,77 +28,37 @@ ReferenceObject* asObject(ResourceBase const* resource)
     return reinterpret_cast<ReferenceObject*>(const_cast<ResourceBase*>(resource));
 }
 
-TypeInfo const* linkGetTypeInfo(ResourceBase const* resource)
+bool isSample(ResourceBase const* resource)
 {
-    return asObject(resource)->getTypeInfo();
-}
-
-void linkAddRef(ResourceBase* resource)
-{
-    asObject(resource)->addRef();
-}
-
-void linkRelease(ResourceBase* resource)
-{
-    asObject(resource)->release();
-}
-
-char const* linkGetPath(ResourceBase const* resource)
-{
-    ReferenceObject* object = asObject(resource);
-    if (object->getTypeInfo() != SampleResource::getStaticTypeInfo()) {
-        return "native/other.oth";
-    }
-    return static_cast<SampleResource*>(object)->mPath.c_str();
-}
-
-char const* linkGetExtension(ResourceBase const* resource)
-{
-    return (asObject(resource)->getTypeInfo() == SampleResource::getStaticTypeInfo()) ? "tex" : "oth";
-}
-
-ResourceBase* linkCreateResource(char const* path, TypeInfo const* type)
-{
-    auto found = getResources().find(path);
-    if (found == getResources().end() || !found->second->getTypeInfo()->isDerivedFrom(type)) {
-        return nullptr;
-    }
-    found->second->addRef();
-    return asResource(found->second);
+    return asObject(resource)->getTypeInfo() == SampleResource::getStaticTypeInfo();
 }
 
 ResourcePropertyIntermediate::sResourceLink const sLink = {
-    linkGetTypeInfo, linkAddRef, linkRelease, linkGetPath, linkGetExtension, linkCreateResource,
+    [](ResourceBase const* resource) { return asObject(resource)->getTypeInfo(); },
+    [](ResourceBase* resource) { asObject(resource)->addRef(); },
+    [](ResourceBase* resource) { asObject(resource)->release(); },
+    [](ResourceBase const* resource) {
+        return isSample(resource) ? static_cast<SampleResource*>(asObject(resource))->mPath.c_str() : "native/other.oth";
+    },
+    [](ResourceBase const* resource) { return isSample(resource) ? "tex" : "oth"; },
+    [](char const* path, TypeInfo const* type) -> ResourceBase* {
+        auto found = getResources().find(path);
+        if (found == getResources().end() || !found->second->getTypeInfo()->isDerivedFrom(type)) {
+            return nullptr;
+        }
+        found->second->addRef();
+        return asResource(found->second);
+    },
 };
 
-// ---------------------------------------------------------------------------
-// Files
-
-std::string const& getPrefix()
-{
-    static std::string const prefix = "harbor_reflection_" + std::to_string(std::random_device()()) + "_";
-    return prefix;
-}
-
-void collectOwnFile(platform::sDirectoryEntry const& entry, void* user)
-{
-    if (std::string(entry.mName).compare(0, getPrefix().size(), getPrefix()) == 0) {
-        static_cast<std::vector<std::string>*>(user)->push_back(testing::TempDir() + entry.mName);
-    }
-}
-
-// Strings need their heap before any test runs. The resource layer is not
-// part of this program, so its root record is made here, once, unless it is
-// linked in after all; records of static storage are never destroyed.
-class ReflectionTestEnvironment : public testing::Environment {
+// The resource layer is not part of this program, so its root record is made
+// here, once, unless it is linked in after all; records of static storage
+// are never destroyed.
+class ReflectionTestEnvironment : public TestEnvironment {
 public:
     void SetUp() override
     {
-        if (AutoString::getAllocator() == nullptr) {
-            AutoString::setAllocator(new GPAllocator(0x4000000, "String", nullptr, 32, true));
-        }
-        GTEST_FLAG_SET(death_test_style, "fast");
-        getPrefix();
+        TestEnvironment::SetUp();
         static bool made = false;
         if (!made && TypeInfo::find("ResourceBase") == nullptr) {
             alignas(TypeInfo) static unsigned char storage[sizeof(TypeInfo)];
@@ -116,15 +70,18 @@ public:
     void TearDown() override
     {
         clearSampleResources();
-        std::vector<std::string> paths;
-        platform::listDirectory(testing::TempDir().c_str(), collectOwnFile, &paths);
-        for (std::string const& path : paths) {
-            std::remove(path.c_str());
-        }
+        TestEnvironment::TearDown();
     }
 };
 
 testing::Environment* const sEnvironment = testing::AddGlobalTestEnvironment(new ReflectionTestEnvironment);
+
+template <typename T>
+void setPair(T* array, T first, T second)
+{
+    array[0] = first;
+    array[1] = second;
+}
 
 } // namespace
 
@@ -141,9 +98,6 @@ void clearSampleResources()
     }
     getResources().clear();
 }
-
-// ---------------------------------------------------------------------------
-// Sample classes
 
 void SampleLeaf::makePropertyList(PropertyList& list)
 {
@@ -166,21 +120,10 @@ SampleObject::~SampleObject()
     delete mpSharedA;
     for (ResourceBase* resource : {mpResource, mpTexture}) {
         if (resource != nullptr) {
-            linkRelease(resource);
+            asObject(resource)->release();
         }
     }
 }
-
-namespace {
-
-template <typename T>
-void setPair(T* array, T first, T second)
-{
-    array[0] = first;
-    array[1] = second;
-}
-
-} // namespace
 
 void SampleObject::fill(ReferenceObject* texture)
 {
@@ -266,37 +209,6 @@ void SampleObject::makePropertyList(PropertyList& list)
     list.add(new ResourceProperty("Texture", SampleResource::getStaticTypeInfo(), &mpTexture));
 }
 
-// ---------------------------------------------------------------------------
-// Files and whole objects
-
-std::string makeTempPath(char const* name)
-{
-    return testing::TempDir() + getPrefix() + name;
-}
-
-std::string readFile(std::string const& path)
-{
-    std::string text;
-    FILE* file = fopen(path.c_str(), "rb");
-    if (file == nullptr) {
-        return text;
-    }
-    char buffer[4096];
-    size_t count;
-    while ((count = fread(buffer, 1, sizeof(buffer), file)) != 0) {
-        text.append(buffer, count);
-    }
-    fclose(file);
-    return text;
-}
-
-void writeFile(std::string const& path, std::string const& text)
-{
-    FILE* file = fopen(path.c_str(), "wb");
-    fwrite(text.data(), 1, text.size(), file);
-    fclose(file);
-}
-
 std::string writeObject(ObjectBase* object, char const* rootName, bool stable)
 {
     std::string const path = makeTempPath("object.xml");
@@ -321,35 +233,22 @@ ObjectBase* readObject(ObjectBase* object, char const* rootName, std::string con
 
 std::string normalizeIds(std::string const& text)
 {
-    std::map<std::string, int> names;
+    std::map<std::string, size_t> names;
     std::string result;
+    std::regex const id(" id=\"([^\"]*)\"");
+    std::sregex_iterator it(text.begin(), text.end(), id);
     size_t position = 0;
-    for (;;) {
-        size_t const found = text.find(" id=\"", position);
-        if (found == std::string::npos) {
-            break;
-        }
-        size_t const start = found + 5;
-        size_t const end = text.find('"', start);
-        std::string const id = text.substr(start, end - start);
-        if (names.find(id) == names.end()) {
-            int const number = static_cast<int>(names.size()) + 1;
-            names[id] = number;
-        }
-        result.append(text, position, start - position);
-        result += "ID" + std::to_string(names[id]);
-        position = end;
+    for (; it != std::sregex_iterator(); ++it) {
+        size_t const number = names.emplace((*it)[1].str(), names.size() + 1).first->second;
+        result += text.substr(position, it->position() - position) + " id=\"ID" + std::to_string(number) + "\"";
+        position = it->position() + it->length();
     }
-    result.append(text, position, std::string::npos);
-    return result;
+    return result + text.substr(position);
 }
 
 std::string replaceOnce(std::string text, std::string const& from, std::string const& to)
 {
     size_t const position = text.find(from);
     EXPECT_NE(std::string::npos, position) << "no '" << from << "' to replace";
-    if (position != std::string::npos) {
-        text.replace(position, from.size(), to);
-    }
-    return text;
+    return (position == std::string::npos) ? text : text.replace(position, from.size(), to);
 }

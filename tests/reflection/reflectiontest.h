@@ -10,12 +10,12 @@
 
 #include "foundation/referenceobject.h"
 #include "reflection/objectlist.h"
+#include "serial/serialtest.h"
 
 // Two scalar properties: "Value" and "Name".
 class SampleLeaf : public ObjectBase {
 public:
-    SampleLeaf() : mValue(0), mName("leaf") {}
-    SampleLeaf(s32 value, char const* name) : mValue(value), mName(name) {}
+    SampleLeaf(s32 value = 0, char const* name = "leaf") : mValue(value), mName(name) {}
 
     void makePropertyList(PropertyList& list) override;
 
@@ -29,8 +29,7 @@ public:
 // from the data root. Registered under "ResourceBase".
 class SampleResource : public ReferenceObject {
 public:
-    SampleResource() : mPath("native/ui/panel.tex") {}
-    explicit SampleResource(char const* path) : mPath(path) {}
+    explicit SampleResource(char const* path = "native/ui/panel.tex") : mPath(path) {}
 
     AutoString mPath;
 
@@ -102,10 +101,6 @@ public:
 
     DECLARE_TYPEINFO(UniqueTypeInfo<SampleObject>)
 };
-
-std::string makeTempPath(char const* name);
-std::string readFile(std::string const& path);
-void writeFile(std::string const& path, std::string const& text);
 
 // The whole file that the object gives under the root tag's name.
 std::string writeObject(ObjectBase* object, char const* rootName, bool stable);

@@ -1,14 +1,57 @@
-// Shared by the serial tests: a string heap for the whole program, death
-// tests that fork (the program runs no other threads), temporary files that
-// are removed when the program ends, and whole-file reads and writes.
+// Shared by the serial and reflection tests: a string heap for the whole
+// program, death tests that fork (the programs run no other threads), a
+// temporary folder of the run that goes when the program ends, whole files.
 #pragma once
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 
-// A path in the temporary folder, unique to this run of the program.
-std::string makeTempPath(char const* name);
-std::string readFile(std::string const& path);
-void writeFile(std::string const& path, std::string const& text);
+#include "foundation/allocator.h"
+#include "foundation/autostring.h"
 
+inline std::string const& getTempFolder()
+{
+    static std::string const folder = [] {
+        std::string pattern = testing::TempDir() + "harbor_test_XXXXXX";
+        return std::string(mkdtemp(&pattern[0])) + "/";
+    }();
+    return folder;
+}
+
+inline std::string makeTempPath(char const* name)
+{
+    return getTempFolder() + name;
+}
+
+inline std::string readFile(std::string const& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+inline void writeFile(std::string const& path, std::string const& text)
+{
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+class TestEnvironment : public testing::Environment {
+public:
+    void SetUp() override
+    {
+        if (AutoString::getAllocator() == nullptr) {
+            AutoString::setAllocator(new GPAllocator(0x4000000, "String", nullptr, 32, true));
+        }
+        GTEST_FLAG_SET(death_test_style, "fast");
+        getTempFolder();
+    }
+    void TearDown() override
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(getTempFolder(), ignored);
+    }
+};

@@ -40,14 +40,17 @@ std::string attribute(XmlReader& reader, char const* name)
 // ---------------------------------------------------------------------------
 // Writer
 
-TEST(XmlWriter, EmptyRootIsItsNameABlankAndSlashBracket)
-{
-    XmlWriter writer("Root");
-    EXPECT_EQ("<?xml version=\"1.0\"?>\n\n<Root />\n", writeToText(writer));
-}
-
 TEST(XmlWriter, IndentsByTabsAndKeepsAttributeOrderAndTheBlankBeforeBrackets)
 {
+    XmlWriter empty("Root");
+    EXPECT_EQ("<?xml version=\"1.0\"?>\n\n<Root />\n", writeToText(empty));
+    // Values go out as they are, even when no reader can take them back.
+    XmlWriter values("Root");
+    values.addAttribute("text", "a b, (c)");
+    values.addAttribute("empty", AutoString(""));
+    values.addAttribute("none", AutoString());
+    EXPECT_EQ("<?xml version=\"1.0\"?>\n\n<Root text=\"a b, (c)\" empty=\"\" none=\"\" />\n", writeToText(values));
+
     XmlWriter writer("Root");
     writer.addAttribute("b", "2");
     writer.addAttribute("a", "1");
@@ -72,15 +75,6 @@ TEST(XmlWriter, IndentsByTabsAndKeepsAttributeOrderAndTheBlankBeforeBrackets)
               "\t<Second a=\"1\" a=\"2\" />\n"
               "</Root>\n",
               writeToText(writer));
-}
-
-TEST(XmlWriter, WritesValuesAsTheyAreEvenWhenNoReaderCanTakeThemBack)
-{
-    XmlWriter writer("Root");
-    writer.addAttribute("text", "a b, (c)");
-    writer.addAttribute("empty", AutoString(""));
-    writer.addAttribute("none", AutoString());
-    EXPECT_EQ("<?xml version=\"1.0\"?>\n\n<Root text=\"a b, (c)\" empty=\"\" none=\"\" />\n", writeToText(writer));
 }
 
 TEST(XmlWriterDeathTest, FaultsOfUseAreFatal)
@@ -155,7 +149,7 @@ TEST(XmlReader, ReadsBackWhatTheWriterWrote)
     EXPECT_TRUE(reader.openTag("Root")) << "closing the root returns to the top level";
 }
 
-TEST(XmlReader, SkipsDeclarationsAndTextBetweenTags)
+TEST(XmlReader, SkipsDeclarationsAndTextAndTakesBlanksAndCarriageReturnsInTags)
 {
     XmlReader reader;
     parseText(reader,
@@ -167,27 +161,23 @@ TEST(XmlReader, SkipsDeclarationsAndTextBetweenTags)
     reader.closeTag();
     reader.closeTag();
     EXPECT_TRUE(reader.openTag("C"));
-}
 
-TEST(XmlReader, AcceptsBlanksAroundTheEqualsSignAndInsideTheQuotes)
-{
-    XmlReader reader;
-    parseText(reader, "<A a = \" x\"\tb=\t\"y \" c=\"z\"\n/>");
-    ASSERT_TRUE(reader.openTag("A"));
-    EXPECT_EQ("x", attribute(reader, "a"));
-    EXPECT_EQ("y", attribute(reader, "b")) << "a trailing blank is dropped";
-    EXPECT_EQ("z", attribute(reader, "c"));
-}
+    // Blanks around the equals sign and inside the quotes are accepted.
+    XmlReader blanks;
+    parseText(blanks, "<A a = \" x\"\tb=\t\"y \" c=\"z\"\n/>");
+    ASSERT_TRUE(blanks.openTag("A"));
+    EXPECT_EQ("x", attribute(blanks, "a"));
+    EXPECT_EQ("y", attribute(blanks, "b")) << "a trailing blank is dropped";
+    EXPECT_EQ("z", attribute(blanks, "c"));
 
-TEST(XmlReader, ACarriageReturnInsideATagEndsItsAttributes)
-{
-    XmlReader reader;
-    parseText(reader, "<A a=\"1\"\r b=\"2\" />\r\n<B/>");
-    ASSERT_TRUE(reader.openTag("A"));
-    EXPECT_EQ("1", attribute(reader, "a"));
-    EXPECT_EQ("<none>", attribute(reader, "b"));
-    reader.closeTag();
-    EXPECT_TRUE(reader.openTag("B"));
+    // A carriage return inside a tag ends its attributes.
+    XmlReader returns;
+    parseText(returns, "<A a=\"1\"\r b=\"2\" />\r\n<B/>");
+    ASSERT_TRUE(returns.openTag("A"));
+    EXPECT_EQ("1", attribute(returns, "a"));
+    EXPECT_EQ("<none>", attribute(returns, "b"));
+    returns.closeTag();
+    EXPECT_TRUE(returns.openTag("B"));
 }
 
 TEST(XmlReader, AnEmptyFileAndAMissingFileGiveNoTags)
