@@ -2,6 +2,7 @@
 
 #include <SDL2/SDL.h>
 #include <sched.h>
+#include <sys/resource.h>
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>
@@ -81,6 +82,13 @@ void showStopAlert(char const* title, char const* text)
     }
     // Modal: returns when the person confirms.
     SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_ERROR, title, text, nullptr);
+}
+
+bool limitAddressSpace(u64 bytes)
+{
+    rlimit limit;
+    limit.rlim_cur = limit.rlim_max = static_cast<rlim_t>(bytes);
+    return setrlimit(RLIMIT_AS, &limit) == 0;
 }
 
 bool getExecutableFolder(char* path, u32 size)

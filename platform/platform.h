@@ -26,6 +26,9 @@ void showStopAlert(char const* title, char const* text);
 void setUnattended(bool unattended);
 bool isAttended();
 
+// Caps the process's address space (tests of resource exhaustion).
+bool limitAddressSpace(u64 bytes);
+
 // Absolute path of the folder holding the executable, without a trailing "/".
 // Returns false when the platform cannot tell.
 bool getExecutableFolder(char* path, u32 size);

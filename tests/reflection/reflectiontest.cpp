@@ -2,7 +2,6 @@
 
 #include <map>
 #include <new>
-#include <regex>
 
 #include "serial/stream.h"
 #include "serial/xmlreader.h"
@@ -233,15 +232,20 @@ ObjectBase* readObject(ObjectBase* object, char const* rootName, std::string con
 
 std::string normalizeIds(std::string const& text)
 {
+    // Each distinct " id="..."" value becomes ID1, ID2, ... in order of first appearance.
     std::map<std::string, size_t> names;
     std::string result;
-    std::regex const id(" id=\"([^\"]*)\"");
-    std::sregex_iterator it(text.begin(), text.end(), id);
+    std::string const key = " id=\"";
     size_t position = 0;
-    for (; it != std::sregex_iterator(); ++it) {
-        size_t const number = names.emplace((*it)[1].str(), names.size() + 1).first->second;
-        result += text.substr(position, it->position() - position) + " id=\"ID" + std::to_string(number) + "\"";
-        position = it->position() + it->length();
+    for (size_t found; (found = text.find(key, position)) != std::string::npos;) {
+        size_t const start = found + key.size();
+        size_t const end = text.find('"', start);
+        if (end == std::string::npos) {
+            break;
+        }
+        size_t const number = names.emplace(text.substr(start, end - start), names.size() + 1).first->second;
+        result += text.substr(position, found - position) + key + "ID" + std::to_string(number) + "\"";
+        position = end + 1;
     }
     return result + text.substr(position);
 }
