@@ -76,7 +76,6 @@ TEST(Vector, RemoveMovesTheHeadDownNotTheTail)
     // end() and absent values are ignored; the last index drops the size.
     vector.remove(vector.end());
     vector.remove(&c);
-    EXPECT_EQ(contents(vector), (std::vector<int*>{&b}));
     vector.remove(&b);
     EXPECT_TRUE(vector.empty());
 }
@@ -104,7 +103,6 @@ TEST(Map, RisingIdsAppendAndNearestAnswersTheInsertionPoint)
         map.add(&gValues[id], id * 10);
         EXPECT_TRUE(id == 1 || map.begin() == first);
     }
-    EXPECT_EQ(map.find(200), &gValues[20]);
     EXPECT_EQ(map.findNearest(30), 2u);
     EXPECT_EQ(map.findNearest(35), 3u);
     EXPECT_EQ(Map<int>().findNearest(7), 0u);
@@ -189,31 +187,25 @@ TEST(Queue, FirstInFirstOutAroundTheRingAndThroughReserve)
     }
 }
 
-TEST(Queue, TheSixteenthUnreadEntryMakesTheQueueReadAsEmpty)
-{
-    Queue<int> queue;
-    for (int i = 0; i < 15; ++i) {
-        queue.push(&gValues[i]);
-    }
-    EXPECT_EQ(queue.size(), 15u);
-    queue.push(&gValues[15]);
-    // Deliberately no growth: the ring reads as empty once full.
-    EXPECT_EQ(queue.size(), 0u);
-    EXPECT_TRUE(queue.empty());
-}
-
-TEST(QueueDeathTest, UnderflowAndTooSmallReservationsAreFatal)
+TEST(QueueDeathTest, UnderflowTooSmallReservationsAndTheFullRing)
 {
     Queue<int> queue;
     EXPECT_DEATH(queue.pop(), "Queue underflow\\.");
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < 16; ++i) {
+        EXPECT_EQ(queue.size(), static_cast<u32>(i));
         queue.push(&gValues[i]);
     }
-    EXPECT_DEATH(queue.reserve(3), "Invalid size\\.");
+    // Deliberately no growth: the ring reads as empty once full.
+    EXPECT_TRUE(queue.empty());
+    Queue<int> four;
+    for (int i = 0; i < 4; ++i) {
+        four.push(&gValues[i]);
+    }
+    EXPECT_DEATH(four.reserve(3), "Invalid size\\.");
     // Four entries need a fifth node for the write position.
-    EXPECT_DEATH(queue.reserve(4), "Not enough size to copy elements\\.");
-    queue.reserve(5);
-    EXPECT_EQ(queue.pop(), &gValues[0]);
+    EXPECT_DEATH(four.reserve(4), "Not enough size to copy elements\\.");
+    four.reserve(5);
+    EXPECT_EQ(four.pop(), &gValues[0]);
 }
 
 TEST(StackDeathTest, LastInFirstOutAcrossGrowthAndFatalMisuse)

