@@ -70,9 +70,6 @@ TEST(Property, ASingleValueIgnoresTheIndexAndAnArrayGuardsIt)
 // that files spread over several attributes.
 TEST(Property, TextFormsAreExact)
 {
-    EXPECT_EQ("-128", textOf<s8>(-128));
-    EXPECT_EQ("-294967296", textOf<u32>(4000000000u)) << "a u32 above 2^31 shows negative";
-    EXPECT_EQ("5", textOf<s64>((1ll << 32) + 5)) << "64-bit values show their low 32 bits";
     EXPECT_EQ("(640,480)", textOf(sSize(640, 480)));
     EXPECT_EQ("(-3,4)", textOf(sPoint(-3, 4)));
     EXPECT_EQ("(65535,7)", textOf(sTexcoord(65535, 7)));

@@ -16,21 +16,14 @@ IMPLEMENT_OBJECT_TYPEINFO(OtherResource, "ResourceBase");
 namespace {
 
 // The resource link, over ReferenceObject-based stand-ins.
-std::map<std::string, ReferenceObject*>& getResources()
-{
-    static std::map<std::string, ReferenceObject*> resources;
-    return resources;
-}
+std::map<std::string, ReferenceObject*> gResources;
 
 ReferenceObject* asObject(ResourceBase const* resource)
 {
     return reinterpret_cast<ReferenceObject*>(const_cast<ResourceBase*>(resource));
 }
 
-bool isSample(ResourceBase const* resource)
-{
-    return asObject(resource)->getTypeInfo() == SampleResource::getStaticTypeInfo();
-}
+bool isSample(ResourceBase const* resource) { return asObject(resource)->getTypeInfo() == SampleResource::getStaticTypeInfo(); }
 
 ResourcePropertyIntermediate::sResourceLink const sLink = {
     [](ResourceBase const* resource) { return asObject(resource)->getTypeInfo(); },
@@ -41,12 +34,9 @@ ResourcePropertyIntermediate::sResourceLink const sLink = {
     },
     [](ResourceBase const* resource) { return isSample(resource) ? "tex" : "oth"; },
     [](char const* path, TypeInfo const* type) -> ResourceBase* {
-        auto found = getResources().find(path);
-        if (found == getResources().end() || !found->second->getTypeInfo()->isDerivedFrom(type)) {
-            return nullptr;
-        }
-        found->second->addRef();
-        return asResource(found->second);
+        auto found = gResources.find(path);
+        bool const fits = found != gResources.end() && found->second->getTypeInfo()->isDerivedFrom(type);
+        return fits ? (found->second->addRef(), asResource(found->second)) : nullptr;
     },
 };
 
@@ -83,15 +73,15 @@ void setPair(T* array, T first, T second) { array[0] = first, array[1] = second;
 void registerSampleResource(char const* path, ReferenceObject* resource)
 {
     resource->addRef();
-    getResources()[path] = resource;
+    gResources[path] = resource;
 }
 
 void clearSampleResources()
 {
-    for (auto& entry : getResources()) {
+    for (auto& entry : gResources) {
         entry.second->release();
     }
-    getResources().clear();
+    gResources.clear();
 }
 
 void SampleLeaf::makePropertyList(PropertyList& list)

@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "serial/stream.h"
-#include "serial/xmlreader.h"
 #include "serial/xmlwriter.h"
 #include "serialtest.h"
 
@@ -106,12 +105,9 @@ void writeSettings(Stream* stream, char const* value)
     writer.write(stream);
 }
 
-std::string readSettingsValue(std::string const& path)
+std::string settingsFile(char const* value)
 {
-    TextFileStream stream(path.c_str(), Stream::eMode_Read);
-    XmlReader reader;
-    reader.parse(&stream);
-    return (reader.openTag("Settings") && !reader.getAttribute("value").empty()) ? reader.getAttribute("value").c_str() : "";
+    return std::string("<?xml version=\"1.0\"?>\n\n<Settings value=\"") + value + "\" />\n";
 }
 
 // Dies by SIGKILL, as from outside, once the given number of bytes went out.
@@ -142,15 +138,15 @@ public:
 TEST(ReplacingTextFileStream, OnlyCommitPutsTheNewFileInPlace)
 {
     std::string const path = makeTempPath("settings_commit.xml");
-    writeFile(path, "<?xml version=\"1.0\"?>\n\n<Settings value=\"old\" />\n");
+    writeFile(path, settingsFile("old"));
     {
         ReplacingTextFileStream stream(path.c_str());
         writeSettings(&stream, "new");
-        EXPECT_EQ("old", readSettingsValue(path)) << "nothing changes before the commit";
+        EXPECT_EQ(settingsFile("old"), readFile(path)) << "nothing changes before the commit";
         EXPECT_TRUE(stream.commit());
         EXPECT_FALSE(stream.commit());
     }
-    EXPECT_EQ("new", readSettingsValue(path));
+    EXPECT_EQ(settingsFile("new"), readFile(path));
     EXPECT_FALSE(std::filesystem::exists(path + ".new"));
 
     // Without a commit the file stays and the partial file goes.
@@ -158,14 +154,14 @@ TEST(ReplacingTextFileStream, OnlyCommitPutsTheNewFileInPlace)
         ReplacingTextFileStream stream(path.c_str());
         writeSettings(&stream, "newer");
     }
-    EXPECT_EQ("new", readSettingsValue(path));
+    EXPECT_EQ(settingsFile("new"), readFile(path));
     EXPECT_FALSE(std::filesystem::exists(path + ".new"));
 }
 
 TEST(ReplacingTextFileStream, AKillDuringTheWriteLeavesTheOldFileReadable)
 {
     std::string const path = makeTempPath("settings_kill.xml");
-    std::string const old = "<?xml version=\"1.0\"?>\n\n<Settings value=\"old\" />\n";
+    std::string const old = settingsFile("old");
     writeFile(path, old);
     for (unsigned int budget : {0u, 10u, 30u, 45u}) {
         EXPECT_EXIT(
@@ -177,12 +173,11 @@ TEST(ReplacingTextFileStream, AKillDuringTheWriteLeavesTheOldFileReadable)
             },
             testing::KilledBySignal(SIGKILL), "");
         EXPECT_EQ(old, readFile(path)) << "budget " << budget;
-        EXPECT_EQ("old", readSettingsValue(path));
     }
     ReplacingTextFileStream stream(path.c_str());
     writeSettings(&stream, "again");
     EXPECT_TRUE(stream.commit()) << "the next save overwrites what the killed one left beside the file";
-    EXPECT_EQ("again", readSettingsValue(path));
+    EXPECT_EQ(settingsFile("again"), readFile(path));
 }
 
 TEST(ReplacingTextFileStream, AFolderThatCannotHoldTheFileCommitsNothing)
