@@ -2,6 +2,8 @@
 // form with both stabilities and their traces.
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "reflectiontest.h"
 
 namespace {
@@ -10,12 +12,7 @@ namespace {
 class Counted : public SampleLeaf {
 public:
     Counted(s32 value, int* deaths) : SampleLeaf(value, "counted"), mpDeaths(deaths) {}
-    ~Counted() override
-    {
-        if (mpDeaths != nullptr) {
-            ++*mpDeaths;
-        }
-    }
+    ~Counted() override { ++*mpDeaths; }
     int* mpDeaths;
 };
 
@@ -26,13 +23,6 @@ public:
     void makePropertyList(PropertyList& list) override { list.add(new ObjectProperty("List", &mList)); }
     ObjectList mList;
 };
-
-std::string readTraces(ObjectBase* object, std::string const& text)
-{
-    testing::internal::CaptureStderr();
-    readObject(object, "Holder", text);
-    return testing::internal::GetCapturedStderr();
-}
 
 std::string eraseId(std::string text, char const* element)
 {
@@ -92,11 +82,9 @@ TEST(ObjectListDeathTest, GuardsItsIndexAndItsStability)
 
 TEST(ObjectList, PublishesCountStabilityAndOneIndexMemberPairPerElement)
 {
-    SampleLeaf a(1, "a");
-    SampleLeaf b(2, "b");
+    SampleLeaf a(1, "a"), b(2, "b");
     ObjectList list;
-    list.addLast(&a);
-    list.addLast(&b);
+    list.addLast(&a), list.addLast(&b);
     PropertyList properties;
     list.makePropertyList(properties);
     ASSERT_EQ(6u, properties.size());
@@ -124,31 +112,29 @@ TEST(ObjectList, PublishesCountStabilityAndOneIndexMemberPairPerElement)
 TEST(ObjectList, NonStableContentsTraceWhatTheyCannotMake)
 {
     ListHolder source(false);
-    source.mList.addLast(new SampleLeaf(1, "one"));
-    source.mList.addLast(new SampleLeaf(2, "two"));
+    source.mList.addLast(new SampleLeaf(1, "one")), source.mList.addLast(new SampleLeaf(2, "two"));
     source.mList.addLast(new SampleLeaf(3, "three"));
     std::string text = eraseId(writeObject(&source, "Holder", true), "<element0 ");
     text = replaceOnce(text, "<element1 typeinfo=\"SampleLeaf\"", "<element1 typeinfo=\"NoSuchLeaf\"");
 
     ListHolder target(false);
-    EXPECT_EQ("element0 id not found.\ntypeinfo not found.\n", readTraces(&target, text));
+    EXPECT_EQ("element0 id not found.\ntypeinfo not found.\n", readTraces(&target, "Holder", text));
     ASSERT_EQ(3u, target.mList.size());
     EXPECT_EQ(nullptr, target.mList[0]);
     EXPECT_EQ(nullptr, target.mList[1]);
     EXPECT_EQ(3, static_cast<SampleLeaf*>(target.mList[2])->mValue);
 
-    EXPECT_EQ("count not found.\n", readTraces(&target, replaceOnce(text, "list_count=\"3\" ", "")));
+    EXPECT_EQ("count not found.\n", readTraces(&target, "Holder", replaceOnce(text, "list_count=\"3\" ", "")));
     EXPECT_TRUE(target.mList.empty());
     ListHolder damaged(false);
-    EXPECT_EQ("Object count -5 out of range.\n", readTraces(&damaged, replaceOnce(text, "list_count=\"3\"", "list_count=\"-5\"")));
+    EXPECT_EQ("Object count -5 out of range.\n", readTraces(&damaged, "Holder", replaceOnce(text, "list_count=\"3\"", "list_count=\"-5\"")));
     EXPECT_TRUE(damaged.mList.empty());
 }
 
 TEST(ObjectList, AnElementSeenBeforeIsReadAgainFromItsNewTag)
 {
     ListHolder source(false);
-    source.mList.addLast(new SampleLeaf(1, "one"));
-    source.mList.addLast(new SampleLeaf(2, "two"));
+    source.mList.addLast(new SampleLeaf(1, "one")), source.mList.addLast(new SampleLeaf(2, "two"));
     std::string const written = writeObject(&source, "Holder", true);
     // Give element1 the id of element0.
     size_t const first = written.find("id=\"", written.find("<element0 "));
@@ -158,32 +144,27 @@ TEST(ObjectList, AnElementSeenBeforeIsReadAgainFromItsNewTag)
     text.replace(second, text.find('"', second + 4) + 1 - second, firstId);
 
     ListHolder target(false);
-    EXPECT_EQ("", readTraces(&target, text));
+    EXPECT_EQ("", readTraces(&target, "Holder", text));
     ASSERT_EQ(2u, target.mList.size());
     EXPECT_EQ(target.mList[0], target.mList[1]) << "unlike an object property, the tag is read again";
     EXPECT_EQ(2, static_cast<SampleLeaf*>(target.mList[0])->mValue);
-    ObjectBase* shared = target.mList[0];
+    std::unique_ptr<ObjectBase> shared(target.mList[0]);
     target.mList.clear();
-    delete shared;
 }
 
 // Stable contents are filled in place, but only from files whose "id" holds
 // the class's type id: what serialize writes (the address) never matches.
 TEST(ObjectList, StableContentsLoadOnlyFromTypeIds)
 {
-    SampleLeaf a(1, "a");
-    SampleLeaf b(2, "b");
+    SampleLeaf a(1, "a"), b(2, "b");
     ListHolder source(true);
-    source.mList.addLast(&a);
-    source.mList.addLast(&b);
+    source.mList.addLast(&a), source.mList.addLast(&b);
     std::string const text = writeObject(&source, "Holder", true);
 
-    SampleLeaf x(0, "x");
-    SampleLeaf y(0, "y");
+    SampleLeaf x(0, "x"), y(0, "y");
     ListHolder target(true);
-    target.mList.addLast(&x);
-    target.mList.addLast(&y);
-    EXPECT_EQ("TypeID mismatch.\nTypeID mismatch.\n", readTraces(&target, text));
+    target.mList.addLast(&x), target.mList.addLast(&y);
+    EXPECT_EQ("TypeID mismatch.\nTypeID mismatch.\n", readTraces(&target, "Holder", text));
     EXPECT_EQ(0, x.mValue);
 
     std::string const typeId = std::to_string(SampleLeaf::getStaticTypeInfo()->getID());
@@ -192,17 +173,16 @@ TEST(ObjectList, StableContentsLoadOnlyFromTypeIds)
         size_t const id = byType.find("id=\"", byType.find(element)) + 4;
         byType.replace(id, byType.find('"', id) - id, typeId);
     }
-    EXPECT_EQ("", readTraces(&target, byType));
+    EXPECT_EQ("", readTraces(&target, "Holder", byType));
     EXPECT_EQ(1, x.mValue);
     EXPECT_STREQ("b", y.mName.c_str());
 
     ListHolder shorter(true);
     shorter.mList.addLast(&a);
-    EXPECT_EQ("Object count mismatch.\n", readTraces(&shorter, text));
+    EXPECT_EQ("Object count mismatch.\n", readTraces(&shorter, "Holder", text));
     ListHolder gapped(true);
-    gapped.mList.addLast(&a);
-    gapped.mList.addLast(nullptr);
-    EXPECT_EQ("element0 id not found.\nContent is NULL.\n", readTraces(&gapped, eraseId(text, "<element0 ")));
+    gapped.mList.addLast(&a), gapped.mList.addLast(nullptr);
+    EXPECT_EQ("element0 id not found.\nContent is NULL.\n", readTraces(&gapped, "Holder", eraseId(text, "<element0 ")));
 }
 
 TEST(ObjectList, ANonStableListWritesItsElementsEveryTime)
@@ -220,8 +200,7 @@ TEST(ObjectList, ANonStableListWritesItsElementsEveryTime)
     SampleLeaf leaf(1, "leaf");
     ObjectList list;
     list.addLast(&leaf);
-    holder.mpList = &list;
-    holder.mpSame = &list;
+    holder.mpList = holder.mpSame = &list;
     std::string const text = normalizeIds(writeObject(&holder, "Holder", true));
     EXPECT_NE(std::string::npos, text.find("<element0 ", text.find("<element0 ") + 1));
     EXPECT_NE(std::string::npos, text.find("<Second type=\"Object\" count=\"0\" index=\"0\" typeinfo=\"ObjectList\" "
@@ -262,17 +241,13 @@ TEST(ObjectList, AListReachedAgainInsideItsOwnReadIsNotReadThere)
         "</element0>\n"
         "<element1 typeinfo=\"SampleLeaf\" id=\"51\" stable=\"false\" />\n"
         "</List>\n</Nest>\n</Holder>\n";
-    testing::internal::CaptureStderr();
-    readObject(&owner, "Holder", text);
-    std::string const traces = testing::internal::GetCapturedStderr();
-    EXPECT_NE(std::string::npos, traces.find("ObjectList is read inside itself.\n"));
+    EXPECT_NE(std::string::npos, readTraces(&owner, "Holder", text).find("ObjectList is read inside itself.\n"));
     ASSERT_NE(nullptr, owner.mpNest);
     ObjectList& list = owner.mpNest->mList;
     ASSERT_EQ(2u, list.size());
     EXPECT_EQ(owner.mpNest, list[0]);
     ASSERT_NE(nullptr, list[1]);
     // The nest holds itself: empty its list before the owner deletes it.
-    ObjectBase* leaf = list[1];
+    std::unique_ptr<ObjectBase> leaf(list[1]);
     list.clear();
-    delete leaf;
 }

@@ -16,21 +16,14 @@ IMPLEMENT_OBJECT_TYPEINFO(OtherResource, "ResourceBase");
 namespace {
 
 // The resource link, over ReferenceObject-based stand-ins.
-std::map<std::string, ReferenceObject*>& getResources()
-{
-    static std::map<std::string, ReferenceObject*> resources;
-    return resources;
-}
+std::map<std::string, ReferenceObject*> gResources;
 
 ReferenceObject* asObject(ResourceBase const* resource)
 {
     return reinterpret_cast<ReferenceObject*>(const_cast<ResourceBase*>(resource));
 }
 
-bool isSample(ResourceBase const* resource)
-{
-    return asObject(resource)->getTypeInfo() == SampleResource::getStaticTypeInfo();
-}
+bool isSample(ResourceBase const* resource) { return asObject(resource)->getTypeInfo() == SampleResource::getStaticTypeInfo(); }
 
 ResourcePropertyIntermediate::sResourceLink const sLink = {
     [](ResourceBase const* resource) { return asObject(resource)->getTypeInfo(); },
@@ -41,12 +34,9 @@ ResourcePropertyIntermediate::sResourceLink const sLink = {
     },
     [](ResourceBase const* resource) { return isSample(resource) ? "tex" : "oth"; },
     [](char const* path, TypeInfo const* type) -> ResourceBase* {
-        auto found = getResources().find(path);
-        if (found == getResources().end() || !found->second->getTypeInfo()->isDerivedFrom(type)) {
-            return nullptr;
-        }
-        found->second->addRef();
-        return asResource(found->second);
+        auto found = gResources.find(path);
+        bool const fits = found != gResources.end() && found->second->getTypeInfo()->isDerivedFrom(type);
+        return fits ? (found->second->addRef(), asResource(found->second)) : nullptr;
     },
 };
 
@@ -76,26 +66,22 @@ public:
 testing::Environment* const sEnvironment = testing::AddGlobalTestEnvironment(new ReflectionTestEnvironment);
 
 template <typename T>
-void setPair(T* array, T first, T second)
-{
-    array[0] = first;
-    array[1] = second;
-}
+void setPair(T* array, T first, T second) { array[0] = first, array[1] = second; }
 
 } // namespace
 
 void registerSampleResource(char const* path, ReferenceObject* resource)
 {
     resource->addRef();
-    getResources()[path] = resource;
+    gResources[path] = resource;
 }
 
 void clearSampleResources()
 {
-    for (auto& entry : getResources()) {
+    for (auto& entry : gResources) {
         entry.second->release();
     }
-    getResources().clear();
+    gResources.clear();
 }
 
 void SampleLeaf::makePropertyList(PropertyList& list)
@@ -106,8 +92,7 @@ void SampleLeaf::makePropertyList(PropertyList& list)
 
 SampleObject::SampleObject() : mString("default"), mpOwned(new SampleLeaf())
 {
-    mEmptyList.setContentStability(false);
-    mGappedList.setContentStability(false);
+    mEmptyList.setContentStability(false), mGappedList.setContentStability(false);
 }
 
 SampleObject::~SampleObject()
@@ -128,57 +113,30 @@ void SampleObject::fill(ReferenceObject* texture)
 {
     texture->addRef();
     mpTexture = asResource(texture);
-    mBool = true;
-    mS8 = -5;
-    mS16 = -300;
-    mS32 = -70000;
-    mS64 = (1ll << 32) + 5;
-    mU8 = 200;
-    mU16 = 60000;
-    mU32 = 4000000000u;
-    mU64 = (1ull << 33) + 7;
-    mF32 = 1.5f;
-    mF64 = -2.25;
-    mSize = sSize(640, 480);
-    mPoint = sPoint(-3, 4);
-    mRect = sRect(1, 2, 30, 40);
-    mColor = sColor(10, 20, 30, 255);
-    mColorF = sColorF(0.5f, 0.25f, 1.0f, 0.125f);
-    mTexcoord = sTexcoord(16, 32);
-    mFixed = sFixed(2.5f);
-    mVector = sVector(sFixed(1.5f), sFixed(-0.5f));
-    mString = "hello_world-1.5";
+    mBool = true, mS8 = -5, mS16 = -300, mS32 = -70000, mS64 = (1ll << 32) + 5;
+    mU8 = 200, mU16 = 60000, mU32 = 4000000000u, mU64 = (1ull << 33) + 7, mF32 = 1.5f, mF64 = -2.25;
+    mSize = sSize(640, 480), mPoint = sPoint(-3, 4), mRect = sRect(1, 2, 30, 40), mColor = sColor(10, 20, 30, 255);
+    mColorF = sColorF(0.5f, 0.25f, 1.0f, 0.125f), mTexcoord = sTexcoord(16, 32), mFixed = sFixed(2.5f);
+    mVector = sVector(sFixed(1.5f), sFixed(-0.5f)), mString = "hello_world-1.5";
 
-    setPair(mBoolArray, true, false);
-    setPair<s8>(mS8Array, 1, -1);
-    setPair<s16>(mS16Array, 2, -2);
-    setPair<s32>(mS32Array, 3, -3);
-    setPair<s64>(mS64Array, -(1ll << 33) - 3, 4);
-    setPair<u8>(mU8Array, 5, 255);
-    setPair<u16>(mU16Array, 6, 65535);
-    setPair<u32>(mU32Array, 7, 0xFFFFFFFFu);
-    setPair<u64>(mU64Array, 8, ~0ull);
-    setPair(mF32Array, 0.75f, -8.0f);
-    setPair(mF64Array, 0.5, 1e6);
-    setPair(mSizeArray, sSize(1, 2), sSize(3, 4));
-    setPair(mPointArray, sPoint(5, 6), sPoint(-7, -8));
-    setPair(mRectArray, sRect(1, 1, 2, 2), sRect(-1, -1, 0, 0));
+    setPair(mBoolArray, true, false), setPair<s8>(mS8Array, 1, -1), setPair<s16>(mS16Array, 2, -2);
+    setPair<s32>(mS32Array, 3, -3), setPair<s64>(mS64Array, -(1ll << 33) - 3, 4), setPair<u8>(mU8Array, 5, 255);
+    setPair<u16>(mU16Array, 6, 65535), setPair<u32>(mU32Array, 7, 0xFFFFFFFFu), setPair<u64>(mU64Array, 8, ~0ull);
+    setPair(mF32Array, 0.75f, -8.0f), setPair(mF64Array, 0.5, 1e6), setPair(mSizeArray, sSize(1, 2), sSize(3, 4));
+    setPair(mPointArray, sPoint(5, 6), sPoint(-7, -8)), setPair(mRectArray, sRect(1, 1, 2, 2), sRect(-1, -1, 0, 0));
     setPair(mColorArray, sColor(1, 2, 3, 4), sColor(255, 254, 253, 252));
     setPair(mColorFArray, sColorF(0.0f, 0.5f, 0.75f, 1.0f), sColorF(1.0f, 0.0f, 0.25f, 0.5f));
-    setPair(mTexcoordArray, sTexcoord(0, 1), sTexcoord(65535, 2));
-    setPair(mFixedArray, sFixed(-1.25f), sFixed(100.0f));
+    setPair(mTexcoordArray, sTexcoord(0, 1), sTexcoord(65535, 2)), setPair(mFixedArray, sFixed(-1.25f), sFixed(100.0f));
     setPair(mVectorArray, sVector(sFixed(0.25f), sFixed(0.5f)), sVector(sFixed(-3.0f), sFixed(4.0f)));
     setPair(mStringArray, AutoString("alpha"), AutoString("beta/gamma"));
 
-    mIndirect = 42;
-    mIndirectText = "indirect_text";
+    mIndirect = 42, mIndirectText = "indirect_text";
     mMember = SampleLeaf(11, "member");
     *mpOwned = SampleLeaf(12, "owned");
-    mpSharedA = new SampleLeaf(13, "shared");
-    mpSharedB = mpSharedA;
-    mGappedList.addLast(new SampleLeaf(14, "first"));
-    mGappedList.addLast(nullptr);
-    mGappedList.addLast(new SampleLeaf(15, "third"));
+    mpSharedA = mpSharedB = new SampleLeaf(13, "shared");
+    for (SampleLeaf* leaf : {new SampleLeaf(14, "first"), static_cast<SampleLeaf*>(nullptr), new SampleLeaf(15, "third")}) {
+        mGappedList.addLast(leaf);
+    }
 }
 
 void SampleObject::makePropertyList(PropertyList& list)
@@ -228,6 +186,13 @@ ObjectBase* readObject(ObjectBase* object, char const* rootName, std::string con
     XmlReader reader;
     reader.parse(&stream);
     return reader.read(object, rootName);
+}
+
+std::string readTraces(ObjectBase* object, char const* rootName, std::string const& text)
+{
+    testing::internal::CaptureStderr();
+    readObject(object, rootName, text);
+    return testing::internal::GetCapturedStderr();
 }
 
 std::string normalizeIds(std::string const& text)

@@ -38,7 +38,6 @@ public:
 
 // Another resource class, not derived from SampleResource.
 class OtherResource : public ReferenceObject {
-public:
     DECLARE_TYPEINFO(UniqueTypeInfo<OtherResource>)
 };
 
@@ -107,6 +106,8 @@ std::string writeObject(ObjectBase* object, char const* rootName, bool stable);
 // Parses text and reads the root tag into object (made from "typeinfo" when
 // null); answers what XmlReader::read answers.
 ObjectBase* readObject(ObjectBase* object, char const* rootName, std::string const& text);
+// Reads as readObject does and answers the traces.
+std::string readTraces(ObjectBase* object, char const* rootName, std::string const& text);
 // Every id="..." value replaced by ID1, ID2, ... in the order of first
 // appearance, so that files compare whole across runs.
 std::string normalizeIds(std::string const& text);

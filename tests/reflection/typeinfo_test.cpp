@@ -127,20 +127,16 @@ TEST(TypeInfo, RecordsWaitForTheirParentAndEitherOrderGivesOneTree)
     TypeInfo* grandchild2 = makeRecord("OrderGrandchildEarly", "OrderChildEarly", 0);
 
     EXPECT_EQ(before + 8, TypeInfo::getDataBaseSize());
-    EXPECT_EQ(lateParent, childA->getBase());
-    EXPECT_EQ(lateParent, childB->getBase());
-    EXPECT_EQ(earlyParent, childC->getBase());
-    EXPECT_EQ(earlyParent, childD->getBase());
+    EXPECT_EQ(std::vector<TypeInfo const*>({lateParent, lateParent, earlyParent, earlyParent}),
+              std::vector<TypeInfo const*>({childA->getBase(), childB->getBase(), childC->getBase(), childD->getBase()}));
     EXPECT_TRUE(grandchild->isDerivedFrom("ObjectBase"));
     EXPECT_TRUE(grandchild2->isDerivedFrom(earlyParent));
     EXPECT_EQ(std::vector<TypeInfo*>({childB, childA}), children(lateParent));
     EXPECT_EQ(std::vector<TypeInfo*>({childD, childC}), children(earlyParent));
     EXPECT_EQ(std::vector<TypeInfo*>({grandchild}), children(childA));
     EXPECT_EQ(std::vector<TypeInfo*>({grandchild2}), children(childC));
-
-    std::vector<TypeInfo*> roots = children(ObjectBase::getStaticTypeInfo());
-    EXPECT_EQ(earlyParent, roots[0]);
-    EXPECT_EQ(lateParent, roots[1]);
+    std::vector<TypeInfo*> const roots = children(ObjectBase::getStaticTypeInfo());
+    EXPECT_EQ(std::vector<TypeInfo*>({earlyParent, lateParent}), std::vector<TypeInfo*>(roots.begin(), roots.begin() + 2));
 }
 
 TEST(TypeInfoDeathTest, CollisionsAreFatal)
@@ -155,13 +151,11 @@ TEST(TypeInfoDeathTest, CollisionsAreFatal)
 
 TEST(TypeInfoDeathTest, TheNameBufferHasAFixedSize)
 {
+    // Each record copies its name into the shared buffer.
     EXPECT_DEATH(
         {
-            std::string name(1000, 'n');
             for (unsigned int i = 0; i < 1100; ++i) {
-                std::string unique = name + std::to_string(i);
-                // The record copies the name into the shared buffer.
-                new TypeInfo(unique.c_str(), nullptr, 0);
+                new TypeInfo((std::string(1000, 'n') + std::to_string(i)).c_str(), nullptr, 0);
             }
         },
         "TypeInfo name buffer overflow\\.");

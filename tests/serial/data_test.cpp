@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <numeric>
+#include <vector>
 
 #include "serial/datareader.h"
 #include "serial/datawriter.h"
@@ -38,43 +40,24 @@ TEST(DataWriter, WritesValuesInOrderWithoutAnyHeaderAndPatchesTagsAtTheEnd)
     ASSERT_EQ(17u, bytes.size());
     u32 slots[4];
     memcpy(slots, bytes.data(), 16);
-    EXPECT_EQ(12u, slots[0]);
-    EXPECT_EQ(0xFFFFFFFFu, slots[1]);
-    EXPECT_EQ(0xAAAAAAAAu, slots[2]);
-    EXPECT_EQ(12u, slots[3]);
+    EXPECT_EQ(std::vector<u32>({12u, 0xFFFFFFFFu, 0xAAAAAAAAu, 12u}), std::vector<u32>(slots, slots + 4));
 }
 
 TEST(DataWriterDeathTest, RefusesTextStreamsAndAFullTagList)
 {
-    EXPECT_DEATH(
-        {
-            TextFileStream stream(makeTempPath("text.bin").c_str(), Stream::eMode_Write);
-            DataWriter writer(&stream, 16);
-        },
-        "Stream don't have binary accessor\\.");
-    EXPECT_DEATH(
-        {
-            BinaryFileStream stream(makeTempPath("full.bin").c_str(), Stream::eMode_Write);
-            DataWriter writer(&stream, 2);
-            writer.writeTag(1);
-            writer.writeTag(2);
-            writer.writeTag(3);
-        },
-        "Tag list overflow\\.");
-    EXPECT_DEATH(
-        {
-            TextFileStream stream(makeTempPath("text.bin").c_str(), Stream::eMode_Write);
-            DataReader reader(&stream, 1024);
-        },
-        "Stream don't have binary accessor\\.");
+    std::string const text = makeTempPath("text.bin"), full = makeTempPath("full.bin");
+    EXPECT_DEATH({ TextFileStream stream(text.c_str(), Stream::eMode_Write); DataWriter writer(&stream, 16); },
+                 "Stream don't have binary accessor\\.");
+    EXPECT_DEATH({ TextFileStream stream(text.c_str(), Stream::eMode_Write); DataReader reader(&stream, 1024); },
+                 "Stream don't have binary accessor\\.");
+    EXPECT_DEATH({ BinaryFileStream stream(full.c_str(), Stream::eMode_Write); DataWriter writer(&stream, 2);
+                   writer.writeTag(1); writer.writeTag(2); writer.writeTag(3); }, "Tag list overflow\\.");
 }
 
 TEST(DataReader, ReadsAcrossRefillsAndAnswersTheRemainderAtTheEnd)
 {
-    std::string bytes;
-    for (int i = 0; i < 50; ++i) {
-        bytes += static_cast<char>(i);
-    }
+    std::string bytes(50, '\0');
+    std::iota(bytes.begin(), bytes.end(), '\0');
     std::string const path = makeTempPath("across.bin");
     writeFile(path, bytes);
     BinaryFileStream stream(path.c_str(), Stream::eMode_Read);

@@ -2,6 +2,8 @@
 // and every fatal format fault.
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "reflection/objectlist.h"
 #include "serial/stream.h"
 #include "serial/xmlreader.h"
@@ -46,25 +48,14 @@ TEST(XmlWriter, IndentsByTabsAndKeepsAttributeOrderAndTheBlankBeforeBrackets)
     EXPECT_EQ("<?xml version=\"1.0\"?>\n\n<Root />\n", writeToText(empty));
     // Values go out as they are, even when no reader can take them back.
     XmlWriter values("Root");
-    values.addAttribute("text", "a b, (c)");
-    values.addAttribute("empty", AutoString(""));
-    values.addAttribute("none", AutoString());
+    values.addAttribute("text", "a b, (c)"), values.addAttribute("empty", AutoString("")), values.addAttribute("none", AutoString());
     EXPECT_EQ("<?xml version=\"1.0\"?>\n\n<Root text=\"a b, (c)\" empty=\"\" none=\"\" />\n", writeToText(values));
 
     XmlWriter writer("Root");
-    writer.addAttribute("b", "2");
-    writer.addAttribute("a", "1");
-    writer.openTag("Child");
-    writer.openTag(AutoString("Leaf"));
-    writer.addAttribute("x", "y");
-    writer.closeTag();
-    writer.openTag("Empty");
-    writer.closeTag();
-    writer.closeTag();
-    writer.openTag("Second");
-    writer.addAttribute("a", "1");
-    writer.addAttribute("a", "2");
-    writer.closeTag();
+    writer.addAttribute("b", "2"), writer.addAttribute("a", "1");
+    writer.openTag("Child"), writer.openTag(AutoString("Leaf")), writer.addAttribute("x", "y"), writer.closeTag();
+    writer.openTag("Empty"), writer.closeTag(), writer.closeTag();
+    writer.openTag("Second"), writer.addAttribute("a", "1"), writer.addAttribute("a", "2"), writer.closeTag();
     EXPECT_EQ("<?xml version=\"1.0\"?>\n"
               "\n"
               "<Root b=\"2\" a=\"1\" >\n"
@@ -79,113 +70,65 @@ TEST(XmlWriter, IndentsByTabsAndKeepsAttributeOrderAndTheBlankBeforeBrackets)
 
 TEST(XmlWriterDeathTest, FaultsOfUseAreFatal)
 {
-    EXPECT_DEATH(
-        {
-            XmlWriter writer("Root");
-            BinaryFileStream stream(makeTempPath("binary.xml").c_str(), Stream::eMode_Write);
-            writer.write(&stream);
-        },
-        "Stream don't have text accessor\\.");
-    EXPECT_DEATH(
-        {
-            XmlWriter writer("Root");
-            writer.openTag("Open");
-            TextFileStream stream(makeTempPath("open.xml").c_str(), Stream::eMode_Write);
-            writer.write(&stream);
-        },
-        "Unclosed tag found\\.");
-    EXPECT_DEATH(
-        {
-            XmlWriter writer("Root");
-            writer.openTag("Open");
-        },
-        "Unclosed tag found\\.");
-    EXPECT_DEATH(
-        {
-            XmlWriter writer("Root");
-            TextFileStream stream(makeTempPath("twice.xml").c_str(), Stream::eMode_Write);
-            writer.write(&stream);
-            writer.write(&stream);
-        },
-        "Root has already closed\\.");
-    EXPECT_DEATH(
-        {
-            XmlWriter writer("Root");
-            writer.closeTag();
-            writer.closeTag();
-        },
-        "Unclosed tag not found\\.");
+    auto write = [](XmlWriter& writer, char const* name) {
+        TextFileStream stream(makeTempPath(name).c_str(), Stream::eMode_Write);
+        writer.write(&stream);
+    };
+    EXPECT_DEATH({ XmlWriter writer("Root"); BinaryFileStream stream(makeTempPath("binary.xml").c_str(), Stream::eMode_Write); writer.write(&stream); },
+                 "Stream don't have text accessor\\.");
+    EXPECT_DEATH({ XmlWriter writer("Root"); writer.openTag("Open"); write(writer, "open.xml"); }, "Unclosed tag found\\.");
+    EXPECT_DEATH({ XmlWriter writer("Root"); writer.openTag("Open"); }, "Unclosed tag found\\.");
+    EXPECT_DEATH({ XmlWriter writer("Root"); write(writer, "twice.xml"); write(writer, "twice.xml"); }, "Root has already closed\\.");
+    EXPECT_DEATH({ XmlWriter writer("Root"); writer.closeTag(); writer.closeTag(); }, "Unclosed tag not found\\.");
 }
 
 // ---------------------------------------------------------------------------
 // Reader
 
-TEST(XmlReader, ReadsBackWhatTheWriterWrote)
+// Navigation scripts: "+Tag" opens (must succeed), "-Tag" must fail to open,
+// "a=v" checks an attribute ("a?" its absence), "/" closes.
+TEST(XmlReader, NavigatesWhatTheWriterWroteAndSkipsWhatIsNoTag)
 {
     XmlWriter writer("Root");
     writer.addAttribute("name", "value_1.5-+</>");
-    writer.openTag("Child");
-    writer.addAttribute("n", "1");
-    writer.closeTag();
-    writer.openTag("Child");
-    writer.addAttribute("n", "2");
-    writer.closeTag();
-    XmlReader reader;
-    parseText(reader, writeToText(writer));
-
-    EXPECT_FALSE(reader.openTag("Child")) << "children are not top-level tags";
-    ASSERT_TRUE(reader.openTag(AutoString("Root")));
-    EXPECT_EQ("value_1.5-+</>", attribute(reader, "name"));
-    EXPECT_EQ("<none>", attribute(reader, "missing"));
-    ASSERT_TRUE(reader.openTag("Child"));
-    EXPECT_EQ("1", attribute(reader, "n")) << "of two children of one name the first is found";
-    reader.closeTag();
-    ASSERT_TRUE(reader.openTag("Child"));
-    EXPECT_EQ("1", attribute(reader, "n"));
-    EXPECT_FALSE(reader.openTag("Grandchild"));
-    EXPECT_EQ("1", attribute(reader, "n")) << "a failed openTag changes nothing";
-    reader.closeTag();
-    reader.closeTag();
-    EXPECT_TRUE(reader.openTag("Root")) << "closing the root returns to the top level";
+    for (char const* n : {"1", "2"}) {
+        writer.openTag("Child"), writer.addAttribute("n", n), writer.closeTag();
+    }
+    struct sCase { std::string mText; std::vector<std::string> mSteps; } const cases[] = {
+        // Children are no top-level tags; of two children of one name the
+        // first is found; a failed openTag changes nothing; closing the root
+        // returns to the top level.
+        {writeToText(writer), {"-Child", "+Root", "name=value_1.5-+</>", "missing?", "+Child", "n=1", "/", "+Child",
+                               "n=1", "-Grandchild", "n=1", "/", "/", "+Root"}},
+        // Declarations and text are skipped, so is anything after an end tag's name.
+        {"<?xml version=\"1.0\"?>text<A a=\"1\">\n  words <?other ?><B b=\"2\"/>more</A junk here>\n<?xml?><C/>",
+         {"+A", "+B", "b=2", "/", "/", "+C"}},
+        // Blanks around the equals sign and inside the quotes are accepted; a trailing blank is dropped.
+        {"<A a = \" x\"\tb=\t\"y \" c=\"z\"\n/>", {"+A", "a=x", "b=y", "c=z"}},
+        // A carriage return inside a tag ends its attributes.
+        {"<A a=\"1\"\r b=\"2\" />\r\n<B/>", {"+A", "a=1", "b?", "/", "+B"}},
+        {"", {"-A"}},
+    };
+    for (sCase const& test : cases) {
+        XmlReader reader;
+        parseText(reader, test.mText);
+        for (std::string const& step : test.mSteps) {
+            size_t const equals = step.find('=');
+            if (step == "/") {
+                reader.closeTag();
+            } else if (step[0] == '+' || step[0] == '-') {
+                ASSERT_EQ(step[0] == '+', reader.openTag(AutoString(step.substr(1).c_str()))) << step << " in " << test.mText;
+            } else if (equals != std::string::npos) {
+                EXPECT_EQ(step.substr(equals + 1), attribute(reader, step.substr(0, equals).c_str())) << test.mText;
+            } else {
+                EXPECT_EQ("<none>", attribute(reader, step.substr(0, step.size() - 1).c_str())) << test.mText;
+            }
+        }
+    }
 }
 
-TEST(XmlReader, SkipsDeclarationsAndTextAndTakesBlanksAndCarriageReturnsInTags)
+TEST(XmlReader, AMissingFileGivesNoTags)
 {
-    XmlReader reader;
-    parseText(reader,
-              "<?xml version=\"1.0\"?>text<A a=\"1\">\n  words <?other ?>"
-              "<B b=\"2\"/>more</A junk here>\n<?xml?><C/>");
-    ASSERT_TRUE(reader.openTag("A"));
-    ASSERT_TRUE(reader.openTag("B"));
-    EXPECT_EQ("2", attribute(reader, "b"));
-    reader.closeTag();
-    reader.closeTag();
-    EXPECT_TRUE(reader.openTag("C"));
-
-    // Blanks around the equals sign and inside the quotes are accepted.
-    XmlReader blanks;
-    parseText(blanks, "<A a = \" x\"\tb=\t\"y \" c=\"z\"\n/>");
-    ASSERT_TRUE(blanks.openTag("A"));
-    EXPECT_EQ("x", attribute(blanks, "a"));
-    EXPECT_EQ("y", attribute(blanks, "b")) << "a trailing blank is dropped";
-    EXPECT_EQ("z", attribute(blanks, "c"));
-
-    // A carriage return inside a tag ends its attributes.
-    XmlReader returns;
-    parseText(returns, "<A a=\"1\"\r b=\"2\" />\r\n<B/>");
-    ASSERT_TRUE(returns.openTag("A"));
-    EXPECT_EQ("1", attribute(returns, "a"));
-    EXPECT_EQ("<none>", attribute(returns, "b"));
-    returns.closeTag();
-    EXPECT_TRUE(returns.openTag("B"));
-}
-
-TEST(XmlReader, AnEmptyFileAndAMissingFileGiveNoTags)
-{
-    XmlReader reader;
-    parseText(reader, "");
-    EXPECT_FALSE(reader.openTag("A"));
-
     testing::internal::CaptureStderr();
     XmlReader missing;
     TextFileStream stream(makeTempPath("missing/none.xml").c_str(), Stream::eMode_Read);
@@ -220,70 +163,32 @@ TEST(XmlReader, ReadNamesMissingAndUnknownClasses)
 
 TEST(XmlReader, DeepNestingIsFreedWithoutRecursion)
 {
-    std::string text;
+    std::string open, close;
     for (int i = 0; i < 100000; ++i) {
-        text += "<a>";
-    }
-    for (int i = 0; i < 100000; ++i) {
-        text += "</a>";
+        open += "<a>", close += "</a>";
     }
     XmlReader reader;
-    parseText(reader, text);
+    parseText(reader, open + close);
     EXPECT_TRUE(reader.openTag("a"));
 }
 
 // Each format fault of the reader, from a file that shows it.
 TEST(XmlReaderDeathTest, EveryFormatFaultIsFatal)
 {
-    struct sCase {
-        char const* mpText;
-        char const* mpMessage;
-    };
-    sCase const cases[] = {
-        {"<A></B>", "Invalid end tag\\."},
-        {"</A>", "Invalid end tag\\."},
-        {"<A/></A>", "Invalid end tag\\."},
-        {"<A><B>", "Unclosed tag exists\\."},
-        {"<!-- comment -->", "Invalid tag\\."},
-        {"<=A/>", "Invalid tag\\."},
-        {"</>", "Invalid tag\\."},
-        {"<A a=\"1\"", "Invalid tag\\."},
-        {"<A / >", "Invalid tag\\."},
-        {"<", "Invalid tag\\."},
-        {"<A a \"1\"/>", "Invalid attribute format\\."},
-        {"<A a=1/>", "Invalid attribute format\\."},
-        {"<A a=\"1 2\"/>", "Invalid attribute format\\."},
-        {"<A a=\"1,2\"/>", "Invalid attribute format\\."},
-        {"<A a=\"1", "Invalid attribute format\\."},
-        {"<A a=\"\"/>", "Invalid attribute value\\."},
+    struct sCase { char const* mpText; char const* mpMessage; } const cases[] = {
+        {"<A></B>", "Invalid end tag\\."}, {"</A>", "Invalid end tag\\."}, {"<A/></A>", "Invalid end tag\\."},
+        {"<A><B>", "Unclosed tag exists\\."}, {"<!-- comment -->", "Invalid tag\\."}, {"<=A/>", "Invalid tag\\."},
+        {"</>", "Invalid tag\\."}, {"<A a=\"1\"", "Invalid tag\\."}, {"<A / >", "Invalid tag\\."}, {"<", "Invalid tag\\."},
+        {"<A a \"1\"/>", "Invalid attribute format\\."}, {"<A a=1/>", "Invalid attribute format\\."},
+        {"<A a=\"1 2\"/>", "Invalid attribute format\\."}, {"<A a=\"1,2\"/>", "Invalid attribute format\\."},
+        {"<A a=\"1", "Invalid attribute format\\."}, {"<A a=\"\"/>", "Invalid attribute value\\."},
         {"<A a=\" \"/>", "Invalid attribute value\\."},
     };
     for (sCase const& test : cases) {
-        EXPECT_DEATH(
-            {
-                XmlReader reader;
-                parseText(reader, test.mpText);
-            },
-            test.mpMessage)
-            << test.mpText;
+        EXPECT_DEATH({ XmlReader reader; parseText(reader, test.mpText); }, test.mpMessage) << test.mpText;
     }
-    EXPECT_DEATH(
-        {
-            XmlReader reader;
-            BinaryFileStream stream(makeTempPath("binary.xml").c_str(), Stream::eMode_Write);
-            reader.parse(&stream);
-        },
-        "Stream don't have text accessor\\.");
-    EXPECT_DEATH(
-        {
-            XmlReader reader;
-            reader.closeTag();
-        },
-        "No tag is opened\\.");
-    EXPECT_DEATH(
-        {
-            XmlReader reader;
-            reader.getAttribute("a");
-        },
-        "No tag is opened\\.");
+    EXPECT_DEATH({ XmlReader reader; BinaryFileStream stream(makeTempPath("binary.xml").c_str(), Stream::eMode_Write); reader.parse(&stream); },
+                 "Stream don't have text accessor\\.");
+    EXPECT_DEATH({ XmlReader reader; reader.closeTag(); }, "No tag is opened\\.");
+    EXPECT_DEATH({ XmlReader reader; reader.getAttribute("a"); }, "No tag is opened\\.");
 }
