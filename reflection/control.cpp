@@ -179,12 +179,9 @@ void checkIntegerProperty(PropertyBase const* property)
 
 } // namespace
 
-PropertyControl::PropertyControl(PropertyBase* property, sMaskInfo const* masks, unsigned int count)
-    : ControlBase(eControlType_Property, eKind_Mask, static_cast<u16>(count)), mpProperty(nullptr)
+// Masks and enumerations take any 32-bit value.
+void PropertyControl::setMaskRange()
 {
-    checkIntegerProperty(property);
-    takeProperty(property);
-    mExtra.mpMaskInfo = copyTable(masks, count);
     uNumeric low;
     uNumeric high;
     low.mU64 = 0;
@@ -193,18 +190,22 @@ PropertyControl::PropertyControl(PropertyBase* property, sMaskInfo const* masks,
     setRange(low, high);
 }
 
+PropertyControl::PropertyControl(PropertyBase* property, sMaskInfo const* masks, unsigned int count)
+    : ControlBase(eControlType_Property, eKind_Mask, static_cast<u16>(count)), mpProperty(nullptr)
+{
+    checkIntegerProperty(property);
+    takeProperty(property);
+    mExtra.mpMaskInfo = copyTable(masks, count);
+    setMaskRange();
+}
+
 PropertyControl::PropertyControl(PropertyBase* property, sEnumInfo const* enums, unsigned int count)
     : ControlBase(eControlType_Property, eKind_Enum, static_cast<u16>(count)), mpProperty(nullptr)
 {
     checkIntegerProperty(property);
     takeProperty(property);
     mExtra.mpEnumInfo = copyTable(enums, count);
-    uNumeric low;
-    uNumeric high;
-    low.mU64 = 0;
-    high.mU64 = 0;
-    high.mU32 = 0xFFFFFFFFu;
-    setRange(low, high);
+    setMaskRange();
 }
 
 PropertyControl::PropertyControl(PropertyControl const& source)

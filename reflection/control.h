@@ -111,6 +111,7 @@ private:
     PropertyControl(PropertyControl const& source);
     void takeProperty(PropertyBase* property);
     void setRange(uNumeric const& minimum, uNumeric const& maximum);
+    void setMaskRange();
 
     PropertyBase* mpProperty;
     uNumeric mMinimum;
