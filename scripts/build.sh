@@ -4,5 +4,11 @@ set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 folder="$1"
 sanitize="${2:-}"
-cmake -S "$root" -B "$root/$folder" -G Ninja -DHARBOR_SANITIZE="$sanitize" >/dev/null
+launcher=()
+# Rebuilds of several build folders and work trees share one compiler cache.
+if command -v ccache >/dev/null 2>&1; then
+  export CCACHE_BASEDIR="${CCACHE_BASEDIR:-$(dirname "$root")}"
+  launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
+fi
+cmake -S "$root" -B "$root/$folder" -G Ninja -DHARBOR_SANITIZE="$sanitize" "${launcher[@]}" >/dev/null
 cmake --build "$root/$folder" -j "$(nproc)"
