@@ -43,10 +43,10 @@ public:
     void unlock() { mCriticalSection.leave(); }
 
     // The Systems' budget: draw contexts, render objects, job threads.
-    static void setAllocator(AllocatorBase* allocator);
-    static AllocatorBase* getAllocator() { return mpAllocator; }
-    static void* allocate(u32 size);
-    static void deallocate(void* pointer);
+    static void setAllocator(AllocatorBase* allocator) { mHeap.set(allocator); }
+    static AllocatorBase* getAllocator() { return mHeap.get(); }
+    static void* allocate(u32 size) { return mHeap.allocate(size); }
+    static void deallocate(void* pointer) { mHeap.deallocate(pointer); }
 
     DECLARE_TYPEINFO(TypeInfo)
 
@@ -60,5 +60,5 @@ private:
     List<System> mDestroyDependency;
     CriticalSection mCriticalSection;
 
-    static AllocatorBase* mpAllocator;
+    static ClassHeap mHeap;
 };

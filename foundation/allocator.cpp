@@ -47,6 +47,48 @@ AllocatorBase::~AllocatorBase()
 
 AllocatorBase* AllocatorBase::mpTemporaryAllocator = nullptr;
 
+// ---------------------------------------------------------------------------
+// ClassHeap
+
+void ClassHeap::set(AllocatorBase* allocator)
+{
+    if (mpAllocator != nullptr) {
+        dev_assert("Allocator already set.", __FILE__, __LINE__);
+    }
+    mpAllocator = allocator;
+}
+
+void* ClassHeap::allocate(std::size_t size)
+{
+    if (mpAllocator != nullptr) {
+        return mpAllocator->allocate(static_cast<int>(size), kAlignment);
+    }
+    void* block = AllocatorBase::getGlobalAllocator()->allocate(static_cast<int>(size), kAlignment);
+    if (block != nullptr) {
+        ++mEarlyNum;
+    }
+    return block;
+}
+
+void ClassHeap::deallocate(void* pointer)
+{
+    if (pointer == nullptr) {
+        return;
+    }
+    if (mpAllocator != nullptr && mpAllocator->contains(pointer)) {
+        mpAllocator->deallocate(pointer);
+        return;
+    }
+    // The heaps are carved from "Global": a block of this heap lies in both,
+    // an early block in "Global" only.
+    AllocatorBase* global = AllocatorBase::getGlobalAllocator();
+    if (mEarlyNum.load() == 0 || !global->contains(pointer)) {
+        dev_assert("Block returned to the wrong heap.", __FILE__, __LINE__);
+    }
+    --mEarlyNum;
+    global->deallocate(pointer);
+}
+
 AllocatorBase* AllocatorBase::getGlobalAllocator()
 {
     static GPAllocator sGlobal(0x8000000, "Global", nullptr, 32, true);

@@ -5,6 +5,9 @@
 // The thread-safe ones may be used from any thread; clear() never concurrently.
 #pragma once
 
+#include <atomic>
+#include <cstddef>
+
 #include "foundation/multithread.h"
 #include "foundation/types.h"
 
@@ -32,6 +35,13 @@ public:
 
     char const* getName() const { return mpName; }
     u32 getHeapSize() const { return mHeapSize; }
+    // True if the pointer lies inside this heap's region.
+    virtual bool contains(void const* pointer) const
+    {
+        std::uintptr_t const address = reinterpret_cast<std::uintptr_t>(pointer);
+        std::uintptr_t const heap = reinterpret_cast<std::uintptr_t>(mpHeap);
+        return mpHeap != nullptr && address >= heap && address - heap < mHeapSize;
+    }
     void* getHeap() const { return mpHeap; }
     bool isThreadSafe() const { return mThreadSafe; }
 
@@ -55,6 +65,31 @@ protected:
 
 private:
     static AllocatorBase* mpTemporaryAllocator;
+};
+
+// The named heap of a class, behind its operator new and delete and its
+// static setAllocator: set once ("Allocator already set." on a second call),
+// every block aligned to 16, enough for any object. Blocks asked for before
+// the heap is set come from "Global" and go back there; any other block
+// returned here is fatal: "Block returned to the wrong heap.".
+class ClassHeap {
+public:
+    static constexpr u32 kAlignment = 16;
+
+    constexpr ClassHeap() : mpAllocator(nullptr), mEarlyNum(0) {}
+
+    void set(AllocatorBase* allocator);
+    // Forgets the heap without deleting it; for the owner that ends it.
+    void reset() { mpAllocator = nullptr; }
+    AllocatorBase* get() const { return mpAllocator; }
+
+    // Null when the heap is exhausted.
+    void* allocate(std::size_t size);
+    void deallocate(void* pointer);
+
+private:
+    AllocatorBase* mpAllocator;
+    std::atomic<u32> mEarlyNum; // blocks from "Global" not yet returned
 };
 
 // First fit over an address-ordered free list of blocks, each behind a
@@ -81,8 +116,8 @@ public:
     u32 getFreeBlockNum();
 
 private:
-    // The header keeps its 32-bit layout on 64-bit: links are 32-bit offsets
-    // from mpHeap (kNullOffset for none) instead of pointers.
+    // Links are 32-bit offsets from mpHeap (kNullOffset for none), not
+    // pointers, so that the header stays 32 bytes.
     struct sHeader {
         u32 mPrevious;    // offset of the previous free block (free blocks only)
         u32 mNext;        // offset of the next free block (free blocks only)
@@ -159,8 +194,7 @@ private:
 
     u32 mBlockSize;
     u32 mBlockNum;
-    // Entries are 32-bit byte offsets from mpHeap, so that the stack keeps
-    // its 4 bytes per block on 64-bit.
+    // Entries are 32-bit byte offsets from mpHeap: 4 bytes per block.
     u32* mpStack;
     u32* mpStackTop;
     SpinLock mSpinLock;

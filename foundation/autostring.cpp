@@ -7,7 +7,7 @@
 #include "foundation/debug.h"
 #include "foundation/utils.h"
 
-AllocatorBase* AutoString::mpAllocator = nullptr;
+ClassHeap AutoString::mHeap;
 AutoString const AutoString::Null;
 
 // ---------------------------------------------------------------------------
@@ -15,24 +15,14 @@ AutoString const AutoString::Null;
 
 AutoString::Buffer::Buffer(char const* text, u32 length)
 {
-    mpData = static_cast<char*>(mpAllocator->allocate(static_cast<int>(length + 1), 4));
+    mpData = static_cast<char*>(mHeap.allocate(length + 1));
     memcpy(mpData, text, length);
     mpData[length] = '\0';
 }
 
 AutoString::Buffer::~Buffer()
 {
-    mpAllocator->deallocate(mpData);
-}
-
-void* AutoString::Buffer::operator new(std::size_t size)
-{
-    return mpAllocator->allocate(static_cast<int>(size), alignof(Buffer));
-}
-
-void AutoString::Buffer::operator delete(void* pointer)
-{
-    mpAllocator->deallocate(pointer);
+    mHeap.deallocate(mpData);
 }
 
 // ---------------------------------------------------------------------------
@@ -53,12 +43,12 @@ AutoString::AutoString(char character) : mpBuffer(nullptr)
 
 char* AutoString::allocateScratch(u32 length)
 {
-    return static_cast<char*>(mpAllocator->allocate(static_cast<int>(length + 1), 4));
+    return static_cast<char*>(mHeap.allocate(length + 1));
 }
 
 void AutoString::freeScratch(char* scratch)
 {
-    mpAllocator->deallocate(scratch);
+    mHeap.deallocate(scratch);
 }
 
 void AutoString::replace(char const* text, u32 length)
@@ -412,36 +402,8 @@ bool AutoString::isEqual(char const* a, char const* b)
 // ---------------------------------------------------------------------------
 // The heap
 
-void AutoString::setAllocator(AllocatorBase* allocator)
-{
-    if (mpAllocator != nullptr) {
-        dev_assert("Allocator already set.", __FILE__, __LINE__);
-    }
-    mpAllocator = allocator;
-}
-
 void AutoString::deleteAllocator()
 {
-    delete mpAllocator;
-    mpAllocator = nullptr;
-}
-
-void* AutoString::operator new(std::size_t size)
-{
-    return mpAllocator->allocate(static_cast<int>(size), alignof(AutoString));
-}
-
-void* AutoString::operator new[](std::size_t size)
-{
-    return mpAllocator->allocate(static_cast<int>(size), alignof(std::max_align_t));
-}
-
-void AutoString::operator delete(void* pointer)
-{
-    mpAllocator->deallocate(pointer);
-}
-
-void AutoString::operator delete[](void* pointer)
-{
-    mpAllocator->deallocate(pointer);
+    delete mHeap.get();
+    mHeap.reset();
 }

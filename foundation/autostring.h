@@ -97,17 +97,17 @@ public:
     // Bytes; two nulls are equal, one null is unequal.
     static bool isEqual(char const* a, char const* b);
 
-    // Fatal on a second call: "Allocator already set.".
-    static void setAllocator(AllocatorBase* allocator);
-    static AllocatorBase* getAllocator() { return mpAllocator; }
+    // The "String" heap (see ClassHeap): the texts, their buffers, and
+    // AutoString objects placed on the heap.
+    static void setAllocator(AllocatorBase* allocator) { mHeap.set(allocator); }
+    static AllocatorBase* getAllocator() { return mHeap.get(); }
     // Deletes the allocator and clears the pointer.
     static void deleteAllocator();
 
-    // AutoString objects placed on the heap stay in the string budget.
-    static void* operator new(std::size_t size);
-    static void* operator new[](std::size_t size);
-    static void operator delete(void* pointer);
-    static void operator delete[](void* pointer);
+    static void* operator new(std::size_t size) { return mHeap.allocate(size); }
+    static void* operator new[](std::size_t size) { return mHeap.allocate(size); }
+    static void operator delete(void* pointer) { mHeap.deallocate(pointer); }
+    static void operator delete[](void* pointer) { mHeap.deallocate(pointer); }
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(void*, void*) {}
 
@@ -120,8 +120,8 @@ private:
         Buffer(char const* text, u32 length);
         ~Buffer() override;
 
-        static void* operator new(std::size_t size);
-        static void operator delete(void* pointer);
+        static void* operator new(std::size_t size) { return mHeap.allocate(size); }
+        static void operator delete(void* pointer) { mHeap.deallocate(pointer); }
 
         char* mpData;
     };
@@ -143,5 +143,5 @@ private:
 
     Buffer* mpBuffer;
 
-    static AllocatorBase* mpAllocator;
+    static ClassHeap mHeap;
 };

@@ -4,8 +4,10 @@
 // any thread. There are no exceptions and no error codes for programming errors.
 #pragma once
 
-// Formats into a 1024-byte stack buffer and hands that buffer to fprintf as the
-// format: a "%" in the result is expanded once more. Callers add their own "\n".
+// Formats into a 1024-byte line on the stack; a longer line is cut and ends in
+// "\n". The text of the format is read twice, so "%%%%" in it prints one "%"
+// (and so does "%%"); what the arguments give (paths, names, file contents)
+// is printed as it stands, never read as a format. Callers add their own "\n".
 void DEV_TRACE(char const* format, ...) __attribute__((format(printf, 1, 2)));
 
 // Holds no condition: the caller tests and calls it on failure.

@@ -57,8 +57,7 @@ void HarborApp::setup()
     ResourceBase::setAllocator(memory->createAllocator(0x2000000, "Resource"));
     UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
 
-    // The Systems, each at its fixed place in the manager; those still
-    // missing (UISystem) join at theirs.
+    // The Systems, each at its fixed place in the manager.
     manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
     manager->addSystem(ResourceSystem::create());
     manager->addSystem(RenderSystem::create());
@@ -114,7 +113,6 @@ void HarborApp::update(float delta)
     }
 
     manager->update();
-    // UISystem::draw() comes here, between the phases.
     manager->postprocess();
     if (RenderSystem* renderSystem = RenderSystem::getInstance()) {
         renderSystem->executeCommand();

@@ -5,7 +5,7 @@
 #include "input/keyboardsystem.h"
 #include "input/mousesystem.h"
 
-TypeInfo HIDSystem::mUniqueTypeInfo("HIDSystem", "System", 2);
+IMPLEMENT_TYPEINFO(HIDSystem, "System", TypeInfo::eAttribute_Singleton);
 HIDSystem* HIDSystem::mpInstance = nullptr;
 
 HIDSystem* HIDSystem::create()

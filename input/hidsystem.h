@@ -20,9 +20,7 @@ public:
     // true if it added any.
     bool getDeviceList(Vector<recDevice>& list, int usagePage, int usage);
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(TypeInfo)
 
 protected:
     HIDSystem();

@@ -3,7 +3,7 @@
 #include "foundation/debug.h"
 #include "input/hidsystem.h"
 
-TypeInfo KeyboardSystem::mUniqueTypeInfo("KeyboardSystem", "System", 2);
+IMPLEMENT_TYPEINFO(KeyboardSystem, "System", TypeInfo::eAttribute_Singleton);
 KeyboardSystem* KeyboardSystem::mpInstance = nullptr;
 
 namespace {

@@ -57,13 +57,10 @@ public:
     int getKeyTrgOn() const { return lowestCode(mKeyTrgOn); }
     int getKeyTrgOff() const { return lowestCode(mKeyTrgOff); }
 
-    // The state's editors ("KeyOn", "KeyTrgOn", "KeyTrgOff", 8 words each)
-    // belong here once the widget toolkit exists; until then it adds nothing.
+    // The state's editors: "KeyOn", "KeyTrgOn", "KeyTrgOff", 8 words each.
     void makeUIList(List<UIBase>& list);
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(TypeInfo)
 
 protected:
     explicit KeyboardSystem(HIDSystem* hidSystem);

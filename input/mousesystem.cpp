@@ -3,7 +3,7 @@
 #include "app/application.h"
 #include "foundation/debug.h"
 
-TypeInfo MouseSystem::mUniqueTypeInfo("MouseSystem", "System", 2);
+IMPLEMENT_TYPEINFO(MouseSystem, "System", TypeInfo::eAttribute_Singleton);
 MouseSystem* MouseSystem::mpInstance = nullptr;
 
 MouseSystem* MouseSystem::create(HIDSystem* hidSystem)

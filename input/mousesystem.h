@@ -28,14 +28,11 @@ public:
     // The wheel's change in this frame, x then y, in notches.
     sPoint getWheelAmount() const { return sPoint(mWheel.x - mWheelPrevious.x, mWheel.y - mWheelPrevious.y); }
 
-    // The state's editors ("Position", "ButtonOn", "ButtonTrgOn", and
-    // "WheelAmount" showing the accumulated wheel) belong here once the
-    // widget toolkit exists; until then it adds nothing.
+    // The state's editors: "Position", "ButtonOn", "ButtonTrgOn", and
+    // "WheelAmount" showing the accumulated wheel.
     void makeUIList(List<UIBase>& list);
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo const* getStaticTypeInfo() { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(TypeInfo)
 
 protected:
     explicit MouseSystem(HIDSystem* hidSystem);

@@ -6,7 +6,7 @@
 namespace {
 
 u32 const kJobThreadStackSize = 4096;
-// Job objects hold pointers and member-function pointers: 16, not 4, on 64-bit.
+// Job objects hold pointers and member-function pointers: aligned to 16.
 u32 const kJobAlignment = 16;
 
 u32 clampThreadNum(u32 threadNum)
@@ -62,7 +62,7 @@ private:
 };
 
 JobSystem* JobSystem::mpInstance = nullptr;
-TypeInfo JobSystem::mUniqueTypeInfo("JobSystem", "System", 2);
+IMPLEMENT_TYPEINFO(JobSystem, "System", TypeInfo::eAttribute_Singleton);
 
 JobSystem* JobSystem::create(u32 jobHeapSize, u32 threadNum)
 {

@@ -99,8 +99,7 @@ public:
     static JobSystem* getInstance() { return mpInstance; }
     void destroy() override;
 
-    TypeInfo const* getTypeInfo() const override { return &mUniqueTypeInfo; }
-    static TypeInfo mUniqueTypeInfo;
+    DECLARE_TYPEINFO(TypeInfo)
 
     // A full queue drops the job without a word.
     void addJob(JobBase* job);

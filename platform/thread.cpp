@@ -9,8 +9,8 @@ namespace platform {
 
 namespace {
 
-// A 32-bit task stack is far too small for libc and sanitizer frames on
-// Linux: the requested size is a floor, never a ceiling.
+// Small requested stacks are far too small for libc and sanitizer frames:
+// the requested size is a floor, never a ceiling.
 u32 const kMinimumStackSize = 0x100000;
 
 struct sStart {

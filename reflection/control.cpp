@@ -12,35 +12,6 @@ static_assert(sizeof(PropertyControl) <= 48, "controls share the 48-byte propert
 static_assert(sizeof(TriggerControl<u32>) <= 48, "controls share the 48-byte property blocks");
 
 // ---------------------------------------------------------------------------
-// ControlBase
-
-void* ControlBase::operator new(std::size_t size) noexcept
-{
-    AllocatorBase* allocator = PropertyBase::getAllocator();
-    if (allocator != nullptr) {
-        return allocator->allocate(static_cast<int>(size), 16);
-    }
-    return new u8[size];
-}
-
-void ControlBase::operator delete(void* pointer)
-{
-    if (pointer == nullptr) {
-        return;
-    }
-    AllocatorBase* allocator = PropertyBase::getAllocator();
-    if (allocator != nullptr) {
-        u8 const* heap = static_cast<u8 const*>(allocator->getHeap());
-        u8 const* address = static_cast<u8 const*>(pointer);
-        if (address >= heap && address < heap + allocator->getHeapSize()) {
-            allocator->deallocate(pointer);
-            return;
-        }
-    }
-    delete[] static_cast<u8*>(pointer);
-}
-
-// ---------------------------------------------------------------------------
 // PropertyControl
 
 namespace {

@@ -60,10 +60,10 @@ public:
 
     unsigned int getType() const { return mType; }
 
-    // From the property heap when there is one, else plain array new.
-    // noexcept: an exhausted heap answers null and nothing is constructed.
-    static void* operator new(std::size_t size) noexcept;
-    static void operator delete(void* pointer);
+    // From the property heap. noexcept: an exhausted heap answers null and
+    // nothing is constructed.
+    static void* operator new(std::size_t size) noexcept { return PropertyBase::getHeap().allocate(size); }
+    static void operator delete(void* pointer) { PropertyBase::getHeap().deallocate(pointer); }
 
 protected:
     u8 mType;

@@ -11,6 +11,7 @@
 #include "serial/xmlwriter.h"
 
 TypeInfo ObjectBase::mUniqueTypeInfo("ObjectBase", nullptr, TypeInfo::eAttribute_Concrete);
+ClassHeap ObjectBase::mObjectHeap;
 
 void ObjectBase::makePropertyList(PropertyList&) {}
 

@@ -46,22 +46,34 @@ public:
     // "ObjectBase", no parent, listed as concrete though it makes nothing.
     static TypeInfo mUniqueTypeInfo;
 
-    // Every reflected object lives in "Global". Alignment 16, not 4: on 64-bit
-    // objects hold pointers and vtables and need max_align_t alignment.
-    // noexcept, so that an exhausted heap yields null instead of a construction.
-    static void* operator new(std::size_t size) noexcept { return allocateObject(size); }
-    static void* operator new[](std::size_t size) noexcept { return allocateObject(size); }
-    static void operator delete(void* pointer) { AllocatorBase::getGlobalAllocator()->deallocate(pointer); }
-    static void operator delete[](void* pointer) { AllocatorBase::getGlobalAllocator()->deallocate(pointer); }
+    // Every reflected object without a heap of its own lives in "Global": this
+    // class heap is never set. noexcept, so that an exhausted heap yields null
+    // instead of a construction.
+    static void* operator new(std::size_t size) noexcept { return mObjectHeap.allocate(size); }
+    static void* operator new[](std::size_t size) noexcept { return mObjectHeap.allocate(size); }
+    static void operator delete(void* pointer) { mObjectHeap.deallocate(pointer); }
+    static void operator delete[](void* pointer) { mObjectHeap.deallocate(pointer); }
     // The class-level forms hide the global placement form; keep it usable.
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(void*, void*) {}
 
 private:
-    static void* allocateObject(std::size_t size)
-    {
-        return AllocatorBase::getGlobalAllocator()->allocate(static_cast<int>(size), kObjectAlignment);
-    }
-    static unsigned int const kObjectAlignment = 16;
-    static_assert(kObjectAlignment >= alignof(std::max_align_t), "objects need the platform's alignment");
+    static ClassHeap mObjectHeap;
+    static_assert(ClassHeap::kAlignment >= alignof(std::max_align_t), "objects need the platform's alignment");
 };
+
+// The object as a T if its type record derives from T's, else null: the
+// checked downcast of reflected objects, for a language without run-time
+// type information.
+template <typename T>
+T* typeCast(ObjectBase* object)
+{
+    return (object != nullptr && object->getTypeInfo()->isDerivedFrom(T::getStaticTypeInfo())) ? static_cast<T*>(object)
+                                                                                              : nullptr;
+}
+
+template <typename T>
+T const* typeCast(ObjectBase const* object)
+{
+    return typeCast<T>(const_cast<ObjectBase*>(object));
+}

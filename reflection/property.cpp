@@ -11,7 +11,7 @@
 #include "serial/xmlreader.h"
 #include "serial/xmlwriter.h"
 
-AllocatorBase* PropertyBase::mpAllocator = nullptr;
+ClassHeap PropertyBase::mHeap;
 ResourcePropertyIntermediate::sResourceLink const* ResourcePropertyIntermediate::mpLink = nullptr;
 
 namespace {
@@ -365,11 +365,9 @@ struct sValue<sVector> : sPlainValue {
     }
 };
 
-char const* const kTypeNames[] = {
-    "undefined", "bool",  "s8",     "s16",   "s32",    "s64",      "u8",     "u16",
-    "u32",       "u64",   "f32",    "f64",   "size",   "point",    "rect",   "color",
-    "colorf",    "texcoord", "fixed", "vector", "string", "const string", "Object", "Resource",
-};
+#define HARBOR_PROPERTY_NAME(T, code, name) name,
+char const* const kTypeNames[] = {"undefined", HARBOR_PROPERTY_TYPES(HARBOR_PROPERTY_NAME)};
+#undef HARBOR_PROPERTY_NAME
 static_assert(sizeof(kTypeNames) / sizeof(kTypeNames[0]) == ePropertyType_Num, "one name per property type");
 
 } // namespace
@@ -474,40 +472,6 @@ void PropertyBase::deserialize(XmlReader* reader)
         }
     }
     setIndex(current);
-}
-
-void PropertyBase::setAllocator(AllocatorBase* allocator)
-{
-    if (mpAllocator != nullptr) {
-        dev_assert("Allocator already set.", __FILE__, __LINE__);
-    }
-    mpAllocator = allocator;
-}
-
-// Properties made before the allocator was set go back to where they came
-// from: the heap's range tells the two apart.
-void* PropertyBase::operator new(std::size_t size) noexcept
-{
-    if (mpAllocator != nullptr) {
-        return mpAllocator->allocate(static_cast<int>(size), 16);
-    }
-    return new u8[size];
-}
-
-void PropertyBase::operator delete(void* pointer)
-{
-    if (pointer == nullptr) {
-        return;
-    }
-    if (mpAllocator != nullptr) {
-        u8 const* heap = static_cast<u8 const*>(mpAllocator->getHeap());
-        u8 const* address = static_cast<u8 const*>(pointer);
-        if (address >= heap && address < heap + mpAllocator->getHeapSize()) {
-            mpAllocator->deallocate(pointer);
-            return;
-        }
-    }
-    delete[] static_cast<u8*>(pointer);
 }
 
 // ---------------------------------------------------------------------------

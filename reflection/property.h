@@ -21,31 +21,38 @@ class TypeInfo;
 class XmlReader;
 class XmlWriter;
 
+// Every property type once, in the order of its code (from 1; 0 is
+// undefined): the C++ type, the code's name, the type's name in files.
+#define HARBOR_PROPERTY_TYPES(X)                      \
+    X(bool, Bool, "bool")                             \
+    X(s8, S8, "s8")                                   \
+    X(s16, S16, "s16")                                \
+    X(s32, S32, "s32")                                \
+    X(s64, S64, "s64")                                \
+    X(u8, U8, "u8")                                   \
+    X(u16, U16, "u16")                                \
+    X(u32, U32, "u32")                                \
+    X(u64, U64, "u64")                                \
+    X(float, F32, "f32")                              \
+    X(double, F64, "f64")                             \
+    X(sSize, Size, "size")                            \
+    X(sPoint, Point, "point")                         \
+    X(sRect, Rect, "rect")                            \
+    X(sColor, Color, "color")                         \
+    X(sColorF, ColorF, "colorf")                      \
+    X(sTexcoord, Texcoord, "texcoord")                \
+    X(sFixed, Fixed, "fixed")                         \
+    X(sVector, Vector, "vector")                      \
+    X(AutoString, String, "string")                   \
+    X(char const*, ConstString, "const string")       \
+    X(ObjectBase*, Object, "Object")                  \
+    X(ResourceBase*, Resource, "Resource")
+
 enum ePropertyType {
     ePropertyType_Undefined = 0,
-    ePropertyType_Bool,
-    ePropertyType_S8,
-    ePropertyType_S16,
-    ePropertyType_S32,
-    ePropertyType_S64,
-    ePropertyType_U8,
-    ePropertyType_U16,
-    ePropertyType_U32,
-    ePropertyType_U64,
-    ePropertyType_F32,
-    ePropertyType_F64,
-    ePropertyType_Size,
-    ePropertyType_Point,
-    ePropertyType_Rect,
-    ePropertyType_Color,
-    ePropertyType_ColorF,
-    ePropertyType_Texcoord,
-    ePropertyType_Fixed,
-    ePropertyType_Vector,
-    ePropertyType_String,
-    ePropertyType_ConstString,
-    ePropertyType_Object,
-    ePropertyType_Resource,
+#define HARBOR_PROPERTY_CODE(T, code, name) ePropertyType_##code,
+    HARBOR_PROPERTY_TYPES(HARBOR_PROPERTY_CODE)
+#undef HARBOR_PROPERTY_CODE
     ePropertyType_Num
 };
 
@@ -54,36 +61,14 @@ enum ePropertyType {
 template <typename T>
 struct sPropertyTypeOf;
 
-#define HARBOR_PROPERTY_TYPE(T, code, name)                \
-    template <>                                            \
-    struct sPropertyTypeOf<T> {                            \
-        static constexpr unsigned int Value = code;        \
-        static constexpr char const* Name = name;          \
-    }
-HARBOR_PROPERTY_TYPE(bool, ePropertyType_Bool, "bool");
-HARBOR_PROPERTY_TYPE(s8, ePropertyType_S8, "s8");
-HARBOR_PROPERTY_TYPE(s16, ePropertyType_S16, "s16");
-HARBOR_PROPERTY_TYPE(s32, ePropertyType_S32, "s32");
-HARBOR_PROPERTY_TYPE(s64, ePropertyType_S64, "s64");
-HARBOR_PROPERTY_TYPE(u8, ePropertyType_U8, "u8");
-HARBOR_PROPERTY_TYPE(u16, ePropertyType_U16, "u16");
-HARBOR_PROPERTY_TYPE(u32, ePropertyType_U32, "u32");
-HARBOR_PROPERTY_TYPE(u64, ePropertyType_U64, "u64");
-HARBOR_PROPERTY_TYPE(float, ePropertyType_F32, "f32");
-HARBOR_PROPERTY_TYPE(double, ePropertyType_F64, "f64");
-HARBOR_PROPERTY_TYPE(sSize, ePropertyType_Size, "size");
-HARBOR_PROPERTY_TYPE(sPoint, ePropertyType_Point, "point");
-HARBOR_PROPERTY_TYPE(sRect, ePropertyType_Rect, "rect");
-HARBOR_PROPERTY_TYPE(sColor, ePropertyType_Color, "color");
-HARBOR_PROPERTY_TYPE(sColorF, ePropertyType_ColorF, "colorf");
-HARBOR_PROPERTY_TYPE(sTexcoord, ePropertyType_Texcoord, "texcoord");
-HARBOR_PROPERTY_TYPE(sFixed, ePropertyType_Fixed, "fixed");
-HARBOR_PROPERTY_TYPE(sVector, ePropertyType_Vector, "vector");
-HARBOR_PROPERTY_TYPE(AutoString, ePropertyType_String, "string");
-HARBOR_PROPERTY_TYPE(char const*, ePropertyType_ConstString, "const string");
-HARBOR_PROPERTY_TYPE(ObjectBase*, ePropertyType_Object, "Object");
-HARBOR_PROPERTY_TYPE(ResourceBase*, ePropertyType_Resource, "Resource");
-#undef HARBOR_PROPERTY_TYPE
+#define HARBOR_PROPERTY_TRAITS(T, code, name)                   \
+    template <>                                                 \
+    struct sPropertyTypeOf<T> {                                 \
+        static constexpr unsigned int Value = ePropertyType_##code; \
+        static constexpr char const* Name = name;               \
+    };
+HARBOR_PROPERTY_TYPES(HARBOR_PROPERTY_TRAITS)
+#undef HARBOR_PROPERTY_TRAITS
 
 template <typename T>
 constexpr unsigned int getPropertyType()
@@ -164,12 +149,13 @@ public:
 
     static char const* getTypeNameOf(unsigned int type);
 
-    // Fatal on a second call: "Allocator already set.".
-    static void setAllocator(AllocatorBase* allocator);
-    static AllocatorBase* getAllocator() { return mpAllocator; }
+    // The "Property" heap (see ClassHeap), shared with the controls.
+    static void setAllocator(AllocatorBase* allocator) { mHeap.set(allocator); }
+    static AllocatorBase* getAllocator() { return mHeap.get(); }
+    static ClassHeap& getHeap() { return mHeap; }
     // noexcept: an exhausted heap answers null and nothing is constructed.
-    static void* operator new(std::size_t size) noexcept;
-    static void operator delete(void* pointer);
+    static void* operator new(std::size_t size) noexcept { return mHeap.allocate(size); }
+    static void operator delete(void* pointer) { mHeap.deallocate(pointer); }
 
 protected:
     unsigned int resolveIndex(unsigned int index) const { return (index == CurrentIndex) ? getIndex() : index; }
@@ -179,13 +165,13 @@ private:
     u32 mType : 8;
     u32 mCount : 12;
     u32 mIndex : 12;
-    // Before the name pointer: on 64-bit the base then ends after 28 bytes and
+    // Before the name pointer: the base then ends after 28 bytes and
     // a derived class's first small field takes the gap (48-byte blocks).
     u32 mNameHash;
     char const* mpName; // not copied: a literal or something that outlives the property
     u32 mRefCount;
 
-    static AllocatorBase* mpAllocator;
+    static ClassHeap mHeap;
 };
 
 // ---------------------------------------------------------------------------
@@ -309,7 +295,7 @@ public:
     bool isStableObject() const override { return mStable; }
 
 private:
-    // First, to sit in the base's tail on 64-bit (48-byte blocks).
+    // First, to sit in the base's tail (48-byte blocks).
     bool mStable;
     ObjectBase* mpObject;
     ObjectBase** mppObject;

@@ -103,7 +103,7 @@ public:
     static constexpr u32 kViewNum = 7;
     // Fewer entries are sorted on the calling thread alone.
     static constexpr u32 kParallelSortMin = 4096;
-    // Commands hold pointers: 8, not 4, on 64-bit.
+    // Commands hold pointers.
     static constexpr u32 kCommandAlignment = 8;
 
     // The size is the command buffer's; only benchmarks that record more than

@@ -8,7 +8,6 @@
 #include "render/rendersystem.h"
 
 IMPLEMENT_TYPEINFO(ViewSystem, "System", TypeInfo::eAttribute_Singleton);
-IMPLEMENT_OBJECT_TYPEINFO(ViewSystem::View, "ObjectBase");
 ViewSystem* ViewSystem::mpInstance = nullptr;
 
 // ---------------------------------------------------------------------------

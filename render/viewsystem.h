@@ -38,6 +38,8 @@ public:
         eDrawStage_Num
     };
 
+    // Publishes its properties under ObjectBase's record: a part of this
+    // system, not a class anyone creates by name.
     class View : public ObjectBase {
     public:
         View();
@@ -51,8 +53,6 @@ public:
 
         // Name, Enable, Grid, Viewport, Projection.
         void makePropertyList(PropertyList& list) override;
-
-        DECLARE_TYPEINFO(UniqueTypeInfo<View>)
 
     private:
         friend class ViewSystem;
@@ -98,8 +98,6 @@ public:
 
     // Views 0, 5 and 6 follow the window's size.
     void notifyResize(sRect const& window);
-    // makeUIList (the list of game views and their dialog) joins here with
-    // the widget toolkit.
 
 protected:
     ViewSystem();

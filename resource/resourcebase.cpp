@@ -5,32 +5,7 @@
 
 IMPLEMENT_TYPEINFO(ResourceBase, "ObjectBase", TypeInfo::eAttribute_Abstract);
 
-AllocatorBase* ResourceBase::mpAllocator = nullptr;
-
-namespace {
-
-// Objects hold pointers and vtables: 16 on 64-bit, where payloads keep 4.
-unsigned int const kResourceAlignment = 16;
-unsigned int const kPayloadAlignment = 4;
-
-void* allocateFrom(AllocatorBase* allocator, std::size_t size, unsigned int alignment)
-{
-    if (allocator != nullptr) {
-        return allocator->allocate(static_cast<int>(size), alignment);
-    }
-    return new (std::nothrow) u8[size];
-}
-
-void deallocateFrom(AllocatorBase* allocator, void* pointer)
-{
-    if (allocator != nullptr) {
-        allocator->deallocate(pointer);
-    } else {
-        delete[] static_cast<u8*>(pointer);
-    }
-}
-
-} // namespace
+ClassHeap ResourceBase::mHeap;
 
 ResourceBase::ResourceBase() : mAttribute(0), mFlags(0), mHash(0)
 {
@@ -98,32 +73,4 @@ void ResourceBase::setPath(AutoString const& path)
     }
     mPath = path;
     mHash = mPath.hash();
-}
-
-void ResourceBase::setAllocator(AllocatorBase* allocator)
-{
-    if (mpAllocator != nullptr) {
-        dev_assert("Allocator already set.", __FILE__, __LINE__);
-    }
-    mpAllocator = allocator;
-}
-
-void* ResourceBase::allocate(unsigned int size)
-{
-    return allocateFrom(mpAllocator, size, kPayloadAlignment);
-}
-
-void ResourceBase::deallocate(void* pointer)
-{
-    deallocateFrom(mpAllocator, pointer);
-}
-
-void* ResourceBase::operator new(std::size_t size) noexcept
-{
-    return allocateFrom(mpAllocator, size, kResourceAlignment);
-}
-
-void ResourceBase::operator delete(void* pointer)
-{
-    deallocateFrom(mpAllocator, pointer);
 }

@@ -67,15 +67,15 @@ public:
     AutoString const& getPath() const { return mPath; }
     u32 getHash() const { return mHash; }
 
-    // The class-wide heap; a second call asserts. Without one, array new.
-    static void setAllocator(AllocatorBase* allocator);
-    static AllocatorBase* getAllocator() { return mpAllocator; }
-    // Payload memory (pixels and the like), alignment 4.
-    static void* allocate(unsigned int size);
-    static void deallocate(void* pointer);
+    // The "Resource" heap (see ClassHeap), for the resources and their
+    // payloads (pixels and the like).
+    static void setAllocator(AllocatorBase* allocator) { mHeap.set(allocator); }
+    static AllocatorBase* getAllocator() { return mHeap.get(); }
+    static void* allocate(unsigned int size) { return mHeap.allocate(size); }
+    static void deallocate(void* pointer) { mHeap.deallocate(pointer); }
 
-    static void* operator new(std::size_t size) noexcept;
-    static void operator delete(void* pointer);
+    static void* operator new(std::size_t size) noexcept { return mHeap.allocate(size); }
+    static void operator delete(void* pointer) { mHeap.deallocate(pointer); }
 
     DECLARE_TYPEINFO(TypeInfo)
 
@@ -89,5 +89,5 @@ private:
     AutoString mPath;
     u32 mHash;
 
-    static AllocatorBase* mpAllocator;
+    static ClassHeap mHeap;
 };

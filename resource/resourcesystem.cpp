@@ -20,7 +20,7 @@ ResourceSystem* ResourceSystem::mpInstance = nullptr;
 namespace {
 
 u32 const kPathMax = 2048;
-// sLoadData is three pointers: 12 bytes on the 32-bit original, 24 here.
+// sLoadData is three pointers: 24 bytes.
 u32 const kLoadBlockNum = ResourceSystem::kLoadQueueMax;
 
 // What resource properties need of this layer (see reflection/property.h).
@@ -61,7 +61,7 @@ ResourceBase* newResource(TypeInfo const* type)
     if (type == nullptr || !type->isDerivedFrom(ResourceBase::getStaticTypeInfo())) {
         return nullptr;
     }
-    return static_cast<ResourceBase*>(type->newInstance());
+    return typeCast<ResourceBase>(type->newInstance());
 }
 
 char const* getExtensionText(ResourceBase const* resource)

@@ -3,7 +3,6 @@
 // drawing buffer that any code may record into during the frame and that is
 // played into every view. The context builders take no lock (each caller
 // brings its own context); the immediate forms share one context and lock.
-// The tool registry joins here once tools exist.
 #pragma once
 
 #include "app/system.h"

@@ -7,7 +7,7 @@
 #include "unit/unitsystem.h"
 
 IMPLEMENT_TYPEINFO(UnitBase, "ObjectBase", TypeInfo::eAttribute_Abstract);
-AllocatorBase* UnitBase::mpAllocator = nullptr;
+ClassHeap UnitBase::mHeap;
 
 namespace {
 
@@ -18,9 +18,6 @@ sEnumInfo const kViewFlags[] = {
     {"View2", 8},
     {"View3", 16},
 };
-
-// Alignment 16, not 4: on 64-bit units hold pointers and a vtable.
-unsigned int const kUnitAlignment = 16;
 
 } // namespace
 
@@ -104,29 +101,4 @@ void UnitBase::makeControlList(List<ControlBase>& list)
     list.addLast(new PropertyControl(new ReferenceProperty<u32>("PriorityGroup", &mPriorityGroup)));
     list.addLast(new PropertyControl(new ReferenceProperty<u32>("View", &mView), kViewFlags,
                                      sizeof(kViewFlags) / sizeof(kViewFlags[0])));
-}
-
-void UnitBase::setAllocator(AllocatorBase* allocator)
-{
-    if (mpAllocator != nullptr) {
-        dev_assert("Allocator already set.", __FILE__, __LINE__);
-    }
-    mpAllocator = allocator;
-}
-
-void* UnitBase::allocate(u32 size)
-{
-    if (mpAllocator != nullptr) {
-        return mpAllocator->allocate(static_cast<int>(size), kUnitAlignment);
-    }
-    return new u8[size];
-}
-
-void UnitBase::deallocate(void* pointer)
-{
-    if (mpAllocator != nullptr) {
-        mpAllocator->deallocate(pointer);
-    } else if (pointer != nullptr) {
-        delete[] static_cast<u8*>(pointer);
-    }
 }

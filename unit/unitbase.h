@@ -74,15 +74,12 @@ public:
     void makePropertyList(PropertyList& list) override;
     void makeControlList(List<ControlBase>& list) override;
 
-    // The "Unit" heap. A second call is fatal: "Allocator already set.".
-    static void setAllocator(AllocatorBase* allocator);
-    static AllocatorBase* getAllocator() { return mpAllocator; }
-    // From the heap, or the global array new and delete while none is set.
-    static void* allocate(u32 size);
-    static void deallocate(void* pointer);
+    // The "Unit" heap (see ClassHeap).
+    static void setAllocator(AllocatorBase* allocator) { mHeap.set(allocator); }
+    static AllocatorBase* getAllocator() { return mHeap.get(); }
 
-    static void* operator new(std::size_t size) noexcept { return allocate(static_cast<u32>(size)); }
-    static void operator delete(void* pointer) { deallocate(pointer); }
+    static void* operator new(std::size_t size) noexcept { return mHeap.allocate(size); }
+    static void operator delete(void* pointer) { mHeap.deallocate(pointer); }
     // The class-level forms hide the global placement form; keep it usable.
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(void*, void*) {}
@@ -97,5 +94,5 @@ private:
     u32 mUpdatePass;
     u32 mView;
 
-    static AllocatorBase* mpAllocator;
+    static ClassHeap mHeap;
 };

@@ -13,7 +13,6 @@
 #include "unit/unitbase.h"
 
 IMPLEMENT_TYPEINFO(UnitSystem, "System", TypeInfo::eAttribute_Singleton);
-TypeInfo UnitSystem::Pass::mUniqueTypeInfo("Pass", "ObjectBase", TypeInfo::eAttribute_Concrete);
 UnitSystem* UnitSystem::mpInstance = nullptr;
 
 namespace {

@@ -30,7 +30,9 @@ public:
     static u32 const kNoHash = 0xFFFFFFFFu;
 
     // One update pass: units whose update-pass mask has bit p take part in
-    // pass p. Owns its callback, run once after the pass.
+    // pass p. Owns its callback, run once after the pass. Publishes its
+    // properties under ObjectBase's record: a part of the unit system, not a
+    // class anyone creates by name.
     class Pass : public ObjectBase {
     public:
         Pass();
@@ -48,8 +50,6 @@ public:
         void setEnable(bool enable) { mEnable = enable; }
         bool isParallel() const { return mParallel; }
         void setParallel(bool parallel) { mParallel = parallel; }
-
-        DECLARE_TYPEINFO(TypeInfo)
 
     private:
         friend class UnitSystem;

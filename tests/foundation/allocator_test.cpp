@@ -1,17 +1,26 @@
 // Named heaps: block arithmetic of GPAllocator (routes, splits, merges, leak
-// walk), the two-ended bump of InstantAllocator, the block stack, and all of
-// them under concurrent use.
+// walk), the two-ended bump of InstantAllocator, the block stack, all of them
+// under concurrent use, and the classes' heaps behind operator new.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "app/system.h"
 #include "foundation/allocator.h"
+#include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
+#include "reflection/control.h"
+#include "reflection/property.h"
+#include "resource/resourcebase.h"
+#include "unit/unitbase.h"
 
 namespace {
 
@@ -347,4 +356,50 @@ TEST(MemoryManagerDeathTest, HeldBlockOrExhaustedGlobalIsFatal)
     MemoryManager* manager = MemoryManager::create();
     EXPECT_DEATH(new SecondManager(), literal("MemoryManager already instanced."));
     manager->destroy();
+}
+
+// Every class with a named heap: blocks aligned to 16, blocks made before the
+// heap was set go back to "Global", and a block of another heap is fatal. Each
+// case runs in a child process, where the class's heap may be set.
+TEST(ClassHeapDeathTest, EveryNamedHeapAlignsTo16AndCatchesABlockOfAnotherHeap)
+{
+    struct Case {
+        char const* mpName;
+        void (*mSet)(AllocatorBase* heap);
+        void* (*mNew)(std::size_t size);
+        void (*mDelete)(void* pointer);
+    };
+    Case const cases[] = {
+        {"String", &AutoString::setAllocator, [](std::size_t size) { return AutoString::operator new(size); },
+         [](void* pointer) { AutoString::operator delete(pointer); }},
+        {"System", &System::setAllocator, [](std::size_t size) { return System::allocate(static_cast<u32>(size)); },
+         &System::deallocate},
+        {"Property", &PropertyBase::setAllocator, [](std::size_t size) { return PropertyBase::operator new(size); },
+         [](void* pointer) { PropertyBase::operator delete(pointer); }},
+        {"Control", &PropertyBase::setAllocator, [](std::size_t size) { return ControlBase::operator new(size); },
+         [](void* pointer) { ControlBase::operator delete(pointer); }},
+        {"Resource", &ResourceBase::setAllocator, [](std::size_t size) { return ResourceBase::operator new(size); },
+         [](void* pointer) { ResourceBase::operator delete(pointer); }},
+        {"Unit", &UnitBase::setAllocator, [](std::size_t size) { return UnitBase::operator new(size); },
+         [](void* pointer) { UnitBase::operator delete(pointer); }},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.mpName);
+        auto const run = [&c] {
+            void* early = c.mNew(40);
+            c.mSet(new GPAllocator(0x10000, c.mpName, nullptr, 32, true));
+            void* blocks[] = {c.mNew(1), c.mNew(24), c.mNew(40)};
+            for (void* block : blocks) {
+                if (block == nullptr || reinterpret_cast<std::uintptr_t>(block) % 16 != 0) {
+                    fprintf(stderr, "misaligned\n");
+                    _exit(1);
+                }
+                c.mDelete(block);
+            }
+            c.mDelete(early);
+            GPAllocator other(0x1000, "Other", nullptr, 32, false);
+            c.mDelete(other.allocate(16, 16));
+        };
+        EXPECT_DEATH(run(), "Block returned to the wrong heap\\.");
+    }
 }

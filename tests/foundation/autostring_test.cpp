@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -93,6 +94,16 @@ TEST_F(AutoStringDeathTest, EmptyWritableIndexAndSecondAllocatorAreFatal)
     AutoString none;
     EXPECT_DEATH(none[0] = 'x', "Buffer is NULL\\.");
     EXPECT_DEATH(AutoString::setAllocator(mpHeap), "Allocator already set\\.");
+}
+
+TEST_F(AutoStringTest, FormatPrintsOutsideTextAsItIsAndCutsLongText)
+{
+    std::string const path = "/data/%s%n%x/root";
+    AutoString text;
+    text.format("%s", path.c_str());
+    EXPECT_STREQ(text.c_str(), path.c_str());
+    text.format("root %s", std::string(4000, 'a').c_str());
+    EXPECT_EQ(text.size(), 1023u);
 }
 
 TEST_F(AutoStringTest, SubstringsAndInsertion)

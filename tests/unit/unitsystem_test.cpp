@@ -324,6 +324,7 @@ TEST_F(UnitSystemTest, PassesRunByMaskSeriallyOrInParallelThenTheirCallbacks)
         EXPECT_EQ(mpUnits->getPass(i).isEnable() && mpUnits->getPass(i).isParallel(), i == 0);
         EXPECT_EQ(mpUnits->getPass(i).getName()[4], static_cast<char>('0' + i));
     }
+    EXPECT_EQ(TypeInfo::find("Pass"), nullptr) << "no record: class dialogs must not offer a pass";
     // A single thread still runs a parallel pass through the job queue, in order.
     mpJobs->setJobThreadNum(1);
     mpUnits->getPass(1).setEnable(true);
