@@ -162,6 +162,34 @@ void BM_XmlReadObjects(benchmark::State& state)
 }
 BENCHMARK(BM_XmlReadObjects)->Unit(benchmark::kMillisecond);
 
+// A root with many empty children (100,000 and 400,000): the time per tag
+// must stay flat as the file grows, however the child list grows.
+void BM_XmlParseSiblings(benchmark::State& state)
+{
+    getFixture(); // the string heap
+    std::string const path = "/tmp/harbor_xml_bench_siblings.xml";
+    long long const count = state.range(0);
+    {
+        std::string text = "<R>";
+        for (long long i = 0; i < count; ++i) {
+            text += "<a/>";
+        }
+        text += "</R>";
+        FILE* file = fopen(path.c_str(), "wb");
+        fwrite(text.data(), 1, text.size(), file);
+        fclose(file);
+    }
+    for (auto _ : state) {
+        TextFileStream stream(path.c_str(), Stream::eMode_Read);
+        XmlReader reader;
+        reader.parse(&stream);
+        benchmark::DoNotOptimize(reader.openTag("R"));
+    }
+    state.SetItemsProcessed(state.iterations() * count);
+    remove(path.c_str());
+}
+BENCHMARK(BM_XmlParseSiblings)->Arg(100000)->Arg(400000)->Unit(benchmark::kMillisecond);
+
 #if HARBOR_BENCH_TINYXML2
 int walk(tinyxml2::XMLElement const* element)
 {

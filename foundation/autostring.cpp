@@ -13,13 +13,6 @@ AutoString const AutoString::Null;
 // ---------------------------------------------------------------------------
 // Buffer
 
-AutoString::Buffer::Buffer(char const* text, u32 length)
-{
-    mpData = static_cast<char*>(mHeap.allocate(length + 1));
-    memcpy(mpData, text, length);
-    mpData[length] = '\0';
-}
-
 AutoString::Buffer::~Buffer()
 {
     mHeap.deallocate(mpData);
@@ -31,19 +24,50 @@ AutoString::Buffer::~Buffer()
 AutoString::AutoString(char const* text) : mpBuffer(nullptr)
 {
     if (text != nullptr) {
-        mpBuffer = new Buffer(text, static_cast<u32>(strlen(text)));
+        mpBuffer = makeBuffer(text, static_cast<u32>(strlen(text)));
     }
 }
 
 AutoString::AutoString(char character) : mpBuffer(nullptr)
 {
     char text[2] = {character, '\0'};
-    mpBuffer = new Buffer(text, 1);
+    mpBuffer = makeBuffer(text, 1);
+}
+
+AutoString::Buffer* AutoString::makeBuffer(char const* text, u32 length)
+{
+    char* data = allocateScratch(length);
+    if (data == nullptr) {
+        return nullptr;
+    }
+    void* place = mHeap.allocate(sizeof(Buffer));
+    if (place == nullptr) {
+        DEV_TRACE("String heap exhausted: %u bytes refused.\n", static_cast<u32>(sizeof(Buffer)));
+        mHeap.deallocate(data);
+        return nullptr;
+    }
+    memcpy(data, text, length);
+    data[length] = '\0';
+    return ::new (place) Buffer(data);
 }
 
 char* AutoString::allocateScratch(u32 length)
 {
-    return static_cast<char*>(mHeap.allocate(length + 1));
+    // The block size is an int: longer text is refused before it wraps.
+    void* block = (length < 0x7FFFFFFFu) ? mHeap.allocate(length + 1) : nullptr;
+    if (block == nullptr) {
+        DEV_TRACE("String heap exhausted: %u bytes refused.\n", length + 1);
+    }
+    return static_cast<char*>(block);
+}
+
+char* AutoString::beginChange(u32 length)
+{
+    char* scratch = allocateScratch(length);
+    if (scratch == nullptr) {
+        releaseBuffer();
+    }
+    return scratch;
 }
 
 void AutoString::freeScratch(char* scratch)
@@ -54,7 +78,7 @@ void AutoString::freeScratch(char* scratch)
 void AutoString::replace(char const* text, u32 length)
 {
     releaseBuffer();
-    mpBuffer = new Buffer(text, length);
+    mpBuffer = makeBuffer(text, length);
 }
 
 void AutoString::share(Buffer* buffer)
@@ -94,12 +118,8 @@ AutoString AutoString::substr(u32 start, u32 length) const
     if (length > rest) {
         length = rest;
     }
-    char* scratch = allocateScratch(length);
-    memcpy(scratch, mpBuffer->mpData + start, length);
-    scratch[length] = '\0';
     AutoString result;
-    result.mpBuffer = new Buffer(scratch, length);
-    freeScratch(scratch);
+    result.mpBuffer = makeBuffer(mpBuffer->mpData + start, length);
     return result;
 }
 
@@ -114,7 +134,10 @@ void AutoString::insert(u32 position, char character)
     if (position > total) {
         position = total;
     }
-    char* scratch = allocateScratch(total + 1);
+    char* scratch = beginChange(total + 1);
+    if (scratch == nullptr) {
+        return;
+    }
     memcpy(scratch, mpBuffer->mpData, position);
     scratch[position] = character;
     memcpy(scratch + position + 1, mpBuffer->mpData + position, total - position);
@@ -134,7 +157,10 @@ void AutoString::insert(u32 position, AutoString const& text)
     if (position > total) {
         position = total;
     }
-    char* scratch = allocateScratch(total + added);
+    char* scratch = beginChange(total + added);
+    if (scratch == nullptr) {
+        return;
+    }
     memcpy(scratch, mpBuffer->mpData, position);
     if (added != 0) {
         memcpy(scratch + position, text.mpBuffer->mpData, added);
@@ -161,7 +187,10 @@ void AutoString::remove(u32 position, u32 length)
     }
     u32 taken = (position + length >= total) ? total - position : length;
     u32 kept = total - taken;
-    char* scratch = allocateScratch(kept);
+    char* scratch = beginChange(kept);
+    if (scratch == nullptr) {
+        return;
+    }
     memcpy(scratch, mpBuffer->mpData, position);
     memcpy(scratch + position, mpBuffer->mpData + position + taken, total - position - taken);
     scratch[kept] = '\0';
@@ -175,7 +204,10 @@ void AutoString::indent(u32 count)
         return;
     }
     u32 total = size();
-    char* scratch = allocateScratch(count + total);
+    char* scratch = beginChange(count + total);
+    if (scratch == nullptr) {
+        return;
+    }
     memset(scratch, '\t', count);
     if (total != 0) {
         memcpy(scratch + count, mpBuffer->mpData, total);
@@ -284,7 +316,10 @@ AutoString& AutoString::operator=(char const* text)
     }
     // text may point into the current buffer, so copy before releasing.
     u32 length = static_cast<u32>(strlen(text));
-    char* scratch = allocateScratch(length);
+    char* scratch = beginChange(length);
+    if (scratch == nullptr) {
+        return *this;
+    }
     memcpy(scratch, text, length + 1);
     replace(scratch, length);
     freeScratch(scratch);
@@ -316,7 +351,10 @@ AutoString& AutoString::operator+=(char const* text)
     }
     u32 total = size();
     u32 added = static_cast<u32>(strlen(text));
-    char* scratch = allocateScratch(total + added);
+    char* scratch = beginChange(total + added);
+    if (scratch == nullptr) {
+        return *this;
+    }
     if (total != 0) {
         memcpy(scratch, mpBuffer->mpData, total);
     }
@@ -362,7 +400,10 @@ char& AutoString::operator[](u32 index)
     // A private copy every time, whether shared or not, so that the reference
     // handed out can never be seen through another string.
     u32 total = size();
-    char* scratch = allocateScratch(total);
+    char* scratch = beginChange(total);
+    if (scratch == nullptr) {
+        dev_assert("Buffer is NULL.", __FILE__, __LINE__);
+    }
     memcpy(scratch, mpBuffer->mpData, total + 1);
     replace(scratch, total);
     freeScratch(scratch);

@@ -117,18 +117,25 @@ private:
     // The text lives in a block of its own, exactly length + 1 bytes.
     class Buffer : public ReferenceObject {
     public:
-        Buffer(char const* text, u32 length);
+        // Takes over data, a block of the string heap.
+        explicit Buffer(char* data) : mpData(data) {}
         ~Buffer() override;
 
-        static void* operator new(std::size_t size) { return mHeap.allocate(size); }
+        // Made by placement in makeBuffer, which can refuse; deleted here.
         static void operator delete(void* pointer) { mHeap.deallocate(pointer); }
 
         char* mpData;
     };
 
+    // Null, with a trace, when the string heap cannot give the blocks: the
+    // string is then empty. Long text from a file must not end the program.
+    static Buffer* makeBuffer(char const* text, u32 length);
+
     // Every change: build the text in a scratch block, drop the old buffer,
-    // make a new buffer from the scratch, free the scratch.
+    // make a new buffer from the scratch, free the scratch. A scratch block
+    // that cannot be had empties the string (beginChange) instead.
     static char* allocateScratch(u32 length);
+    char* beginChange(u32 length);
     static void freeScratch(char* scratch);
     void replace(char const* text, u32 length);
     void share(Buffer* buffer);

@@ -162,7 +162,14 @@ char const* formatConversion(TraceLine& line, char const* at, va_list& args)
     return cursor + 1;
 }
 
+FatalHandler sFatalHandler = nullptr;
+
 } // namespace
+
+void setFatalHandler(FatalHandler handler)
+{
+    sFatalHandler = handler;
+}
 
 void DEV_TRACE(char const* format, ...)
 {
@@ -191,6 +198,9 @@ void DEV_TRACE(char const* format, ...)
 
 void dev_assert(char const* message, char const* file, unsigned int line)
 {
+    if (sFatalHandler != nullptr) {
+        sFatalHandler(message);
+    }
     char buffer[512];
     snprintf(buffer, sizeof(buffer), "%s(%d) : %s\n", file, line, message);
     char text[512];
@@ -202,6 +212,9 @@ void dev_assert(char const* message, char const* file, unsigned int line)
 
 void DEV_ERROR(char const* message)
 {
+    if (sFatalHandler != nullptr) {
+        sFatalHandler(message);
+    }
     platform::showStopAlert("Error", message);
     DEV_TRACE("%s", message);
     abort();

@@ -15,6 +15,13 @@ void DEV_TRACE(char const* format, ...) __attribute__((format(printf, 1, 2)));
 
 [[noreturn]] void DEV_ERROR(char const* message);
 
+// Called with the message before a fatal error reports and aborts. Only a
+// harness that runs damaged input on purpose (the fuzz targets) sets one, and
+// it leaves by longjmp; a handler that returns lets the error go on. Null by
+// default; one for the whole program.
+typedef void (*FatalHandler)(char const* message);
+void setFatalHandler(FatalHandler handler);
+
 // The usual call site: test, then report with this file and line.
 #define DEV_ASSERT(condition, message)                   \
     do {                                                 \

@@ -63,8 +63,18 @@ public:
         mCapacity = capacity;
     }
 
-    void addLast(T* value) { linkBehind(mpLast, takeNode(value)); }
-    void addFirst(T* value) { linkBefore(mpFirst, takeNode(value)); }
+    // The node is taken first: growth moves every node, mpLast and mpFirst
+    // included, so they are read only afterwards.
+    void addLast(T* value)
+    {
+        sLinkNode<T>* node = takeNode(value);
+        linkBehind(mpLast, node);
+    }
+    void addFirst(T* value)
+    {
+        sLinkNode<T>* node = takeNode(value);
+        linkBefore(mpFirst, node);
+    }
 
     // Before the node; at end() this is addLast.
     void insertFront(Iterator position, T* value)

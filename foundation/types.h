@@ -50,12 +50,28 @@ struct sFixed {
     }
     // Truncates toward zero. Explicit, so that mixed int/float/sFixed
     // expressions do not silently pick a conversion.
-    explicit sFixed(float value) : mValue(static_cast<s32>(value * 65536.0f)) {}
+    explicit sFixed(float value) : mValue(fromFloat(value)) {}
 
     sFixed& operator=(float value)
     {
-        mValue = static_cast<s32>(value * 65536.0f);
+        mValue = fromFloat(value);
         return *this;
+    }
+    // value * 65536 truncated toward zero; a value beyond the range (a file
+    // may hold "1e12") clamps to the nearest end, and NaN gives 0.
+    static s32 fromFloat(float value)
+    {
+        float const scaled = value * 65536.0f;
+        if (scaled != scaled) {
+            return 0;
+        }
+        if (scaled >= 2147483648.0f) {
+            return 0x7FFFFFFF;
+        }
+        if (scaled <= -2147483648.0f) {
+            return static_cast<s32>(0x80000000u);
+        }
+        return static_cast<s32>(scaled);
     }
     sFixed& operator=(int value)
     {

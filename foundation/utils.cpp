@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "foundation/debug.h"
 #include "platform/filesystem.h"
 
 char Utils::mRootPath[1024] = "";
@@ -138,6 +139,47 @@ char const* Utils::getFileExtension(char const* path)
 bool Utils::isFileExist(char const* path)
 {
     return platform::isFileExist(path);
+}
+
+bool Utils::isSafePath(char const* path, u32 maxLength)
+{
+    static u32 const kNameMax = 255; // bytes in one part of a path
+    char const* reason = nullptr;
+    size_t const length = (path != nullptr) ? strlen(path) : 0;
+    if (length == 0) {
+        reason = "empty";
+    } else if (path[0] == '/') {
+        reason = "absolute";
+    } else if (length > maxLength) {
+        reason = "too long";
+    }
+    size_t part = 0; // bytes of the current part so far
+    for (size_t i = 0; reason == nullptr && i <= length; ++i) {
+        unsigned char const c = static_cast<unsigned char>(path[i]);
+        if (c == '/' || c == '\0') {
+            if (part == 2 && path[i - 1] == '.' && path[i - 2] == '.') {
+                reason = "\"..\" in it";
+            }
+            part = 0;
+        } else if (c < 0x20 || c == 0x7F) {
+            reason = "control character";
+        } else if (++part > kNameMax) {
+            reason = "name too long";
+        }
+    }
+    if (reason == nullptr) {
+        return true;
+    }
+    // Shown without its control characters and cut, so the trace stays one line.
+    char shown[128];
+    size_t count = 0;
+    for (; count < length && count + 1 < sizeof(shown); ++count) {
+        unsigned char const c = static_cast<unsigned char>(path[count]);
+        shown[count] = (c < 0x20 || c == 0x7F || c == '%') ? '?' : static_cast<char>(c);
+    }
+    shown[count] = '\0';
+    DEV_TRACE("Path refused (%s): %s\n", reason, shown);
+    return false;
 }
 
 AutoString Utils::getResourcePath(char const* path)

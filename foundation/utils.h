@@ -45,6 +45,12 @@ public:
     // Null when there is no ".". Points into the argument.
     static char const* getFileExtension(char const* path);
     static bool isFileExist(char const* path);
+    // The one gate for a relative path that comes from a file or a user and
+    // becomes a file name below the data root: false, with a trace, for an
+    // empty or absolute path, a ".." part, a control character (a line feed
+    // would forge trace lines), a part longer than a file name may be, or more
+    // than maxLength bytes in all (the name would be cut).
+    static bool isSafePath(char const* path, u32 maxLength);
     // A resource's name as the data refers to it: without the leading
     // "intermediate/" or "native/" and without the extension.
     static AutoString getResourcePath(char const* path);

@@ -5,6 +5,7 @@
 #include "app/systemmanager.h"
 #include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
+#include "host/settingsfile.h"
 #include "input/hidsystem.h"
 #include "input/keyboardsystem.h"
 #include "input/mousesystem.h"
@@ -15,9 +16,6 @@
 #include "render/viewsystem.h"
 #include "resource/resourcebase.h"
 #include "resource/resourcesystem.h"
-#include "serial/stream.h"
-#include "serial/xmlreader.h"
-#include "serial/xmlwriter.h"
 #include "tool/toolsystem.h"
 #include "unit/unitbase.h"
 #include "unit/unitsystem.h"
@@ -27,6 +25,10 @@ IMPLEMENT_TYPEINFO(HarborApp, "System", TypeInfo::eAttribute_Singleton);
 namespace {
 
 char const* const kSettingsFile = "harbor.xml";
+
+// Whether the file at exit may replace the one read at start; one host per
+// program, and the class keeps no data of its own.
+SettingsFile sSettings;
 
 } // namespace
 
@@ -129,10 +131,7 @@ void HarborApp::readSettings()
 {
     char path[2048];
     snprintf(path, sizeof(path), "%s%s", getIntermediatePath(), kSettingsFile);
-    TextFileStream stream(path, Stream::eMode_Read);
-    XmlReader reader;
-    reader.parse(&stream);
-    reader.read(this, getTypeInfo()->getName());
+    sSettings.read(this, getTypeInfo()->getName(), path);
 }
 
 // Written beside the old file and renamed over it: a kill or crash during
@@ -144,11 +143,5 @@ void HarborApp::writeSettings()
     }
     char path[2048];
     snprintf(path, sizeof(path), "%s%s", getIntermediatePath(), kSettingsFile);
-    ReplacingTextFileStream stream(path);
-    XmlWriter writer(getTypeInfo()->getName());
-    ObjectBase::serialize(&writer, true, 0);
-    writer.write(&stream);
-    if (!stream.commit()) {
-        DEV_TRACE("Settings not saved: %s\n", path);
-    }
+    sSettings.write(this, getTypeInfo()->getName(), path);
 }

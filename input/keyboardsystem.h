@@ -58,7 +58,7 @@ public:
     int getKeyTrgOff() const { return lowestCode(mKeyTrgOff); }
 
     // The state's editors: "KeyOn", "KeyTrgOn", "KeyTrgOff", 8 words each.
-    void makeUIList(List<UIBase>& list);
+    void makeUIList(List<UIBase>& list) override;
 
     DECLARE_TYPEINFO(TypeInfo)
 

@@ -30,7 +30,7 @@ public:
 
     // The state's editors: "Position", "ButtonOn", "ButtonTrgOn", and
     // "WheelAmount" showing the accumulated wheel.
-    void makeUIList(List<UIBase>& list);
+    void makeUIList(List<UIBase>& list) override;
 
     DECLARE_TYPEINFO(TypeInfo)
 

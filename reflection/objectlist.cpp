@@ -222,6 +222,13 @@ void ObjectList::deserializeElements(XmlReader* reader)
             }
             reader->registerObject(object, id);
         }
+        // The list deletes its elements: one object twice (two elements, or
+        // two lists, with one id) or the list itself would be deleted twice.
+        if (object == this || !reader->claimObject(object, id)) {
+            DEV_TRACE("element%d id %u is owned already.\n", i, id);
+            reader->closeTag();
+            continue;
+        }
         // A known object is read again from this tag, unlike an object
         // property's second reference.
         object->deserialize(reader);

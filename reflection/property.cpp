@@ -618,12 +618,17 @@ void ObjectPropertyIntermediate::readUniqueAttributes(XmlReader* reader)
     }
     unsigned int const id = static_cast<unsigned int>(strtoll(idText.c_str(), nullptr, 10));
     ObjectBase* object = reader->findObject(id);
+    TypeInfo const* type = (object != nullptr) ? object->getTypeInfo() : TypeInfo::find(typeName.c_str());
+    if (type != nullptr && !isAcceptable(type)) {
+        // A damaged file names another class than the field holds.
+        DEV_TRACE("%s typeinfo missmatch.\n", getName());
+        return;
+    }
     if (object != nullptr) {
         // Read at its first appearance; here only the reference is taken.
         setByType<ObjectBase*>(object, CurrentIndex);
         return;
     }
-    TypeInfo const* type = TypeInfo::find(typeName.c_str());
     object = (type != nullptr) ? type->newInstance() : nullptr;
     if (object == nullptr) {
         // Unknown, abstract or singleton classes alike: nothing can be made.
@@ -637,6 +642,16 @@ void ObjectPropertyIntermediate::readUniqueAttributes(XmlReader* reader)
     object->deserialize(reader);
 }
 
+bool ObjectPropertyIntermediate::isAcceptable(TypeInfo const*) const
+{
+    return true;
+}
+
+bool ObjectProperty::isAcceptable(TypeInfo const* type) const
+{
+    return !mPointerField || (type != nullptr && type->isDerivedFrom(mpClass));
+}
+
 char const* ObjectPropertyIntermediate::getString(char*, unsigned int index) const
 {
     ObjectBase* object = get(index);
@@ -645,19 +660,16 @@ char const* ObjectPropertyIntermediate::getString(char*, unsigned int index) con
 
 ObjectBase* ObjectProperty::get(unsigned int) const
 {
-    if (mpObject != nullptr) {
+    if (!mPointerField) {
         return mpObject;
     }
-    if (mppObject != nullptr) {
-        return *mppObject;
-    }
-    return nullptr;
+    return (mppObject != nullptr) ? *mppObject : nullptr;
 }
 
 void ObjectProperty::set(ObjectBase* value, unsigned int)
 {
-    if (mpObject != nullptr) {
-        if (value != nullptr && value != mpObject) {
+    if (!mPointerField) {
+        if (mpObject != nullptr && value != nullptr && value != mpObject) {
             mpObject->copyProperties(value);
         }
         return;

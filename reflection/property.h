@@ -262,6 +262,9 @@ public:
     virtual ObjectBase* get(unsigned int index) const = 0;
     virtual void set(ObjectBase* value, unsigned int index) = 0;
     virtual bool isStableObject() const = 0;
+    // Whether an object of that class may be set from a file; any class by
+    // default.
+    virtual bool isAcceptable(TypeInfo const* type) const;
 
     char const* getTypeName() const override { return "Object"; }
     // The object's own attributes and properties; it must not be null.
@@ -277,15 +280,17 @@ class ObjectProperty : public ObjectPropertyIntermediate {
 public:
     // A fixed member: always stable; set copies the values into it.
     ObjectProperty(char const* name, ObjectBase* object, unsigned int count = 0)
-        : ObjectPropertyIntermediate(name, count), mStable(true), mpObject(object), mppObject(nullptr)
+        : ObjectPropertyIntermediate(name, count), mStable(true), mPointerField(false), mpObject(object),
+          mppObject(nullptr)
     {
     }
     // A pointer field: set replaces the pointer when not stable (nothing is
     // deleted or counted), and copies the values into the object when stable.
+    // A file may set it only to a T or a class derived from T.
     template <typename T>
     ObjectProperty(char const* name, T** pointer, bool stable, unsigned int count = 0)
-        : ObjectPropertyIntermediate(name, count), mStable(stable), mpObject(nullptr),
-          mppObject(reinterpret_cast<ObjectBase**>(pointer))
+        : ObjectPropertyIntermediate(name, count), mStable(stable), mPointerField(true),
+          mpClass(T::getStaticTypeInfo()), mppObject(reinterpret_cast<ObjectBase**>(pointer))
     {
         static_assert(std::is_base_of<ObjectBase, T>::value, "an object property points at reflected objects");
     }
@@ -293,11 +298,18 @@ public:
     ObjectBase* get(unsigned int index) const override;
     void set(ObjectBase* value, unsigned int index) override;
     bool isStableObject() const override { return mStable; }
+    bool isAcceptable(TypeInfo const* type) const override;
 
 private:
     // First, to sit in the base's tail (48-byte blocks).
     bool mStable;
-    ObjectBase* mpObject;
+    bool mPointerField;
+    // A fixed member has mpObject; a pointer field has mppObject and the
+    // class it points at. The two forms share the slot to stay in 48 bytes.
+    union {
+        ObjectBase* mpObject;
+        TypeInfo const* mpClass;
+    };
     ObjectBase** mppObject;
 };
 

@@ -1,5 +1,6 @@
 #include "resource/resourcesystem.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -20,6 +21,8 @@ ResourceSystem* ResourceSystem::mpInstance = nullptr;
 namespace {
 
 u32 const kPathMax = 2048;
+// The "." before an extension, the extension, and the end of the text.
+u32 const kExtensionRoom = 34;
 // sLoadData is three pointers: 24 bytes.
 u32 const kLoadBlockNum = ResourceSystem::kLoadQueueMax;
 
@@ -193,7 +196,10 @@ ResourceBase* ResourceSystem::createResource(char const* path, TypeInfo const* t
 
 ResourceBase* ResourceSystem::createResourceInternal(char const* path, TypeInfo const* type)
 {
-    if (path == nullptr) {
+    // Room for the longer root folder, ".", an extension and the end.
+    size_t const folders = std::max(strlen(getFolder(true)), strlen(getFolder(false)));
+    u32 const room = (folders + kExtensionRoom < kPathMax) ? static_cast<u32>(kPathMax - folders - kExtensionRoom) : 0;
+    if (path == nullptr || !Utils::isSafePath(path, room)) {
         return nullptr;
     }
     ResourceBase* instance = newResource(type);
@@ -320,19 +326,11 @@ bool ResourceSystem::loadText(ResourceBase* resource, char const* fileName)
 // on the other thread, or the next run after a crash, never sees half a file.
 bool ResourceSystem::convertFromIntermediate(ResourceBase* intermediate, char const* fileName)
 {
-    char part[kPathMax + 32];
-    snprintf(part, sizeof(part), "%s.%d.part", fileName, sPartNumber.increment());
+    char suffix[32];
+    snprintf(suffix, sizeof(suffix), ".%d.part", sPartNumber.increment());
     platform::makeParentFolders(fileName);
-    bool converted;
-    {
-        BinaryFileStream stream(part, Stream::eMode_Write);
-        converted = intermediate->convert(stream);
-    }
-    if (converted && std::rename(part, fileName) == 0) {
-        return true;
-    }
-    std::remove(part);
-    return false;
+    ReplacingBinaryFileStream stream(fileName, suffix);
+    return intermediate->convert(stream) && stream.commit();
 }
 
 // ---------------------------------------------------------------------------

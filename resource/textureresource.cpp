@@ -166,7 +166,7 @@ bool TextureResource::load(Stream& stream)
     if (kHeaderSize + static_cast<u64>(width) * height * kBytesPerPixel > file.getSize()) {
         return false;
     }
-    checkTextureSize(width, height);
+    checkTextureSize(width, height, stream);
     releaseTexture();
     freePending();
     // Deliberately the start of the file, not its pixels: the header shows as
@@ -177,9 +177,13 @@ bool TextureResource::load(Stream& stream)
     return true;
 }
 
-void TextureResource::checkTextureSize(u64 width, u64 height)
+void TextureResource::checkTextureSize(u64 width, u64 height, Stream const& stream)
 {
     if (width > Texture::kMaxSize || height > Texture::kMaxSize) {
+        // The fatal text is fixed; the line before it says which file.
+        char const* path = stream.getFullPath();
+        DEV_TRACE("%s : texture of %llu x %llu.\n", path != nullptr ? path : "", static_cast<unsigned long long>(width),
+                  static_cast<unsigned long long>(height));
         dev_assert("Requesed texture size is greater than 1024.", __FILE__, __LINE__);
     }
 }
@@ -306,7 +310,7 @@ bool TextureResourceTGA::load(Stream& stream)
     if (kTgaHeaderSize + static_cast<u64>(width) * height * kBytesPerPixel > file.getSize()) {
         return failTGA();
     }
-    checkTextureSize(width, height);
+    checkTextureSize(width, height, stream);
     u8* pixels = allocateImage(width, height);
     bool const topFirst = (data[17] & 0x20) != 0;
     bool const rightToLeft = (data[17] & 0x10) != 0;
@@ -411,7 +415,7 @@ bool TextureResourceBMP::load(Stream& stream)
     if (stride != 0 && (dataOffset > size || (height != 0 && stride > (size - dataOffset) / height))) {
         return failBMP();
     }
-    checkTextureSize(width, height);
+    checkTextureSize(width, height, stream);
     u8* pixels = allocateImage(width, height);
 
     // Entries that lie inside the file; an index past them is a broken file.

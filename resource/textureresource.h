@@ -51,7 +51,7 @@ protected:
 
     // Larger textures are fatal, as in Texture; checked before any memory is
     // taken for them, on whichever thread loads.
-    static void checkTextureSize(u64 width, u64 height);
+    static void checkTextureSize(u64 width, u64 height, Stream const& stream);
 
 private:
     void releaseTexture();

@@ -3,7 +3,7 @@
 # Does nothing when everything is already there.
 set -euo pipefail
 packages=(
-  build-essential cmake ninja-build pkg-config ccache
+  build-essential cmake ninja-build pkg-config ccache clang libclang-rt-dev
   libsdl2-dev libgl-dev libgl1-mesa-dri
   libgtest-dev libbenchmark-dev libtinyxml2-dev
   xvfb xauth xdotool x11-utils openbox imagemagick gdb

@@ -36,12 +36,12 @@ public:
 private:
     void buffer();
 
-    Stream* mpStream;
+    [[maybe_unused]] Stream* mpStream; // the stream read from; reads go through mpAccessor
     BinaryStreamAccessor* mpAccessor;
     u8* mpBuffer;
     u8* mpCursor;
     u32 mBufferSize;
-    u32 mPosition;   // stays 0: nothing depends on a reader's position
+    [[maybe_unused]] u32 mPosition; // stays 0: nothing depends on a reader's position
     u32 mBufferFill; // valid bytes in the buffer
     bool mEnd;       // a refill came back short: the next one gives nothing
     AllocatorBase* mpAllocator; // where mpBuffer came from; null: array new

@@ -40,9 +40,16 @@ void FileStream::open(char const* path, unsigned int mode, char const* suffix)
     char text[8];
     snprintf(text, sizeof(text), "%s%s", (mode < 3) ? kModes[mode] : "", suffix);
     mPath = path;
-    if (path != nullptr) {
-        mpFile = fopen(path, text);
+    if (path == nullptr) {
+        return;
     }
+    // A pipe or a device would block a read or never end it.
+    mpFile = (mode == eMode_Read) ? platform::openRegularFile(path) : fopen(path, text);
+}
+
+bool FileStream::hasError() const
+{
+    return mpFile != nullptr && ferror(mpFile) != 0;
 }
 
 int FileStream::seek(int offset, unsigned int origin)
@@ -77,14 +84,23 @@ unsigned int FileStream::getLength() const
 // ---------------------------------------------------------------------------
 // TextFileStream
 
-TextFileStream::TextFileStream(char const* path, unsigned int mode) : mLastChar(EOF)
+TextFileStream::TextFileStream(char const* path, unsigned int mode) : TextFileStream()
 {
-    mType = eType_Text | eType_File;
     open(path, mode, "t");
     if (mpFile == nullptr) {
-        mEOF = true;
-        DEV_TRACE("File open error.\n%s\n", strerror(errno));
+        traceOpenError();
     }
+}
+
+TextFileStream::TextFileStream() : mLastChar(EOF)
+{
+    mType = eType_Text | eType_File;
+}
+
+void TextFileStream::traceOpenError()
+{
+    mEOF = true;
+    DEV_TRACE("File open error.\n%s\n", strerror(errno));
 }
 
 int TextFileStream::seek(int offset, unsigned int origin)
@@ -180,10 +196,14 @@ void TextFileStream::backforward()
 // ---------------------------------------------------------------------------
 // BinaryFileStream
 
-BinaryFileStream::BinaryFileStream(char const* path, unsigned int mode)
+BinaryFileStream::BinaryFileStream(char const* path, unsigned int mode) : BinaryFileStream()
+{
+    open(path, mode, "b");
+}
+
+BinaryFileStream::BinaryFileStream()
 {
     mType = eType_Binary | eType_File;
-    open(path, mode, "b");
 }
 
 unsigned int BinaryFileStream::read(void* buffer, unsigned int size)
@@ -203,41 +223,32 @@ unsigned int BinaryFileStream::write(void const* data, unsigned int size)
 }
 
 // ---------------------------------------------------------------------------
-// ReplacingTextFileStream
+// ReplacingFileStream
 
-AutoString ReplacingTextFileStream::makeTemporaryPath(char const* path)
+template <typename FileStreamType>
+ReplacingFileStream<FileStreamType>::ReplacingFileStream(char const* path, char const* suffix) : mTargetPath(path)
 {
-    AutoString temporary(path);
-    temporary += ".new";
-    return temporary;
-}
-
-ReplacingTextFileStream::ReplacingTextFileStream(char const* path)
-    : TextFileStream(makeTemporaryPath(path).c_str(), eMode_Write), mTargetPath(path), mCommitted(false)
-{
-}
-
-ReplacingTextFileStream::~ReplacingTextFileStream()
-{
-    if (!mCommitted && mpFile != nullptr) {
-        fclose(mpFile);
-        mpFile = nullptr;
-        platform::removeFile(mPath.c_str());
+    this->mpFile = mFile.open(path, suffix, (this->getType() & Stream::eType_Binary) != 0);
+    this->mPath = mFile.getTemporaryPath();
+    if (this->mpFile == nullptr) {
+        this->traceOpenError();
     }
 }
 
-bool ReplacingTextFileStream::commit()
+// The platform file owns the handle: the base must not close it again.
+template <typename FileStreamType>
+ReplacingFileStream<FileStreamType>::~ReplacingFileStream()
 {
-    if (mCommitted || mpFile == nullptr) {
-        return false;
-    }
-    mCommitted = true;
-    bool const synced = platform::syncFile(mpFile);
-    bool const closed = fclose(mpFile) == 0;
-    mpFile = nullptr;
-    if (!synced || !closed) {
-        platform::removeFile(mPath.c_str());
-        return false;
-    }
-    return platform::renameFile(mPath.c_str(), mTargetPath.c_str());
+    mFile.abandon();
+    this->mpFile = nullptr;
 }
+
+template <typename FileStreamType>
+bool ReplacingFileStream<FileStreamType>::commit()
+{
+    this->mpFile = nullptr;
+    return mFile.commit();
+}
+
+template class ReplacingFileStream<TextFileStream>;
+template class ReplacingFileStream<BinaryFileStream>;

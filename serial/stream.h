@@ -9,6 +9,7 @@
 
 #include "foundation/autostring.h"
 #include "foundation/types.h"
+#include "platform/fileio.h"
 
 class TextStreamAccessor {
 public:
@@ -85,6 +86,9 @@ public:
     // The stdio result; 0 without a file or with an unknown origin.
     int seek(int offset, unsigned int origin) override;
     unsigned int getLength() const override;
+    // A read or write that failed part-way (an I/O error), as opposed to
+    // the end of the file.
+    bool hasError() const;
 
 protected:
     // Opens with "r", "w" or "w+" and the given suffix; asserts when a file is
@@ -97,6 +101,7 @@ protected:
 class TextFileStream : public FileStream, public TextStreamAccessor {
 public:
     // A file that does not open sets the end flag and traces the reason.
+    // Reading opens plain files only: a folder, pipe or device does not open.
     TextFileStream(char const* path, unsigned int mode);
 
     TextStreamAccessor* getTextAccessor() override { return this; }
@@ -111,13 +116,19 @@ public:
     void putTab(unsigned int count) override;
     void backforward() override;
 
+protected:
+    // Closed; a derived class hands it a file.
+    TextFileStream();
+    void traceOpenError();
+
 private:
     int mLastChar; // the byte getChar just read, EOF after anything else
 };
 
 class BinaryFileStream : public FileStream, public BinaryStreamAccessor {
 public:
-    // A file that does not open stays silently closed.
+    // A file that does not open stays silently closed. Reading opens plain
+    // files only, as for text.
     BinaryFileStream(char const* path, unsigned int mode);
 
     TextStreamAccessor* getTextAccessor() override { return nullptr; }
@@ -125,25 +136,36 @@ public:
 
     unsigned int read(void* buffer, unsigned int size) override;
     unsigned int write(void const* data, unsigned int size) override;
+
+protected:
+    // Closed; a derived class hands it a file.
+    BinaryFileStream();
+    void traceOpenError() {}
 };
 
-// A text file written beside its target ("<path>.new") and put in the
-// target's place only by commit(). A kill or crash before the commit leaves the
-// previous file whole; a stream that ends without commit() removes its
-// partial file.
-class ReplacingTextFileStream : public TextFileStream {
+// A file written beside its target ("<path>.new", or the suffix given) and
+// put in the target's place only by commit(). A kill or crash before the
+// commit leaves the previous file whole; a stream that ends without commit()
+// removes its partial file. The partial file is made exclusively, never
+// through a symbolic link, with the target's permissions (platform::
+// ReplacingFile). Text and binary forms share this template.
+template <typename FileStreamType>
+class ReplacingFileStream : public FileStreamType {
 public:
-    explicit ReplacingTextFileStream(char const* path);
-    ~ReplacingTextFileStream() override;
+    // A file that could not be made sets the end flag and traces the reason.
+    explicit ReplacingFileStream(char const* path, char const* suffix = ".new");
+    ~ReplacingFileStream() override;
 
     // Flushes, syncs to the disk, closes and renames over the target. False,
-    // with the target untouched, when any step fails. Once only.
+    // with the target untouched and the partial file gone, when any step
+    // fails. Once only.
     bool commit();
     char const* getTargetPath() const { return mTargetPath.c_str(); }
 
 private:
-    static AutoString makeTemporaryPath(char const* path);
-
+    platform::ReplacingFile mFile;
     AutoString mTargetPath;
-    bool mCommitted;
 };
+
+typedef ReplacingFileStream<TextFileStream> ReplacingTextFileStream;
+typedef ReplacingFileStream<BinaryFileStream> ReplacingBinaryFileStream;

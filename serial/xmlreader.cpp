@@ -60,10 +60,15 @@ void XmlReader::deleteTags(Vector<sTag>& tags)
     }
 }
 
-XmlReader::XmlReader() : mpCurrentTag(nullptr), mpScratch(nullptr), mScratchSize(0), mpInterned(nullptr) {}
+XmlReader::XmlReader()
+    : mpCurrentTag(nullptr), mpReading(nullptr), mpPath(nullptr), mLine(1), mLastChar(-1), mRefused(false),
+      mpScratch(nullptr), mScratchSize(0), mpInterned(nullptr)
+{
+}
 
 XmlReader::~XmlReader()
 {
+    delete mpReading;
     deleteTags(mTags);
     delete[] mpScratch;
     delete[] mpInterned;
@@ -72,7 +77,7 @@ XmlReader::~XmlReader()
 // ---------------------------------------------------------------------------
 // Parsing
 
-void XmlReader::parse(Stream* stream)
+bool XmlReader::parse(Stream* stream)
 {
     TextStreamAccessor* accessor = stream->getTextAccessor();
     if (accessor == nullptr) {
@@ -81,29 +86,76 @@ void XmlReader::parse(Stream* stream)
     if (mpInterned == nullptr) {
         mpInterned = new AutoString[InternSize];
     }
+    mpPath = stream->getFullPath();
+    mLine = 1;
+    mRefused = false;
     while (sTag* tag = readTag(accessor)) {
+        mpReading = nullptr;
+        if (mRefused) {
+            delete tag;
+            break;
+        }
         if (tag->mEndTag) {
             // With no tag open there is nothing a closing tag could match.
             if (mpCurrentTag == nullptr || !(tag->mName == mpCurrentTag->mName)) {
-                dev_assert("Invalid end tag.", __FILE__, __LINE__);
+                delete tag;
+                fail("Invalid end tag.", __LINE__);
             }
             mpCurrentTag = mpCurrentTag->mpParent;
             delete tag;
             continue;
         }
-        if (mpCurrentTag != nullptr) {
-            mpCurrentTag->mTags.addLast(tag);
-        } else {
-            mTags.addLast(tag);
-        }
+        append((mpCurrentTag != nullptr) ? mpCurrentTag->mTags : mTags, tag);
         tag->mpParent = mpCurrentTag;
         if (!tag->mEmpty) {
             mpCurrentTag = tag;
         }
     }
-    if (mpCurrentTag != nullptr) {
-        dev_assert("Unclosed tag exists.", __FILE__, __LINE__);
+    if (mRefused) {
+        DEV_TRACE("%s(%u) : token too long, file refused.\n", mpPath != nullptr ? mpPath : "", mLine);
+        deleteTags(mTags);
+        mpCurrentTag = nullptr;
+        mpPath = nullptr;
+        return false;
     }
+    if (mpCurrentTag != nullptr) {
+        fail("Unclosed tag exists.", __LINE__);
+    }
+    mpPath = nullptr;
+    return true;
+}
+
+template <typename T>
+void XmlReader::append(Vector<T>& vector, T* value)
+{
+    if (vector.size() >= 16 && vector.size() == vector.getCapacity()) {
+        vector.reserve(vector.size() * 2);
+    }
+    vector.addLast(value);
+}
+
+int XmlReader::next(TextStreamAccessor* accessor)
+{
+    mLastChar = accessor->getChar();
+    if (mLastChar == '\n') {
+        ++mLine;
+    }
+    return mLastChar;
+}
+
+void XmlReader::back(TextStreamAccessor* accessor)
+{
+    if (mLastChar == '\n') {
+        --mLine;
+    }
+    mLastChar = -1;
+    accessor->backforward();
+}
+
+void XmlReader::fail(char const* message, unsigned int sourceLine)
+{
+    DEV_TRACE("%s(%u) : damaged file.\n", mpPath != nullptr ? mpPath : "", mLine);
+    dev_assert(message, __FILE__, sourceLine);
 }
 
 XmlReader::sTag* XmlReader::readTag(TextStreamAccessor* accessor)
@@ -112,25 +164,25 @@ XmlReader::sTag* XmlReader::readTag(TextStreamAccessor* accessor)
     for (;;) {
         // Everything between tags is dropped.
         do {
-            c = accessor->getChar();
+            c = next(accessor);
             if (c == -1) {
                 return nullptr;
             }
         } while (c != '<');
-        c = accessor->getChar();
+        c = next(accessor);
         if (c != '?') {
             break;
         }
         // A declaration: the only construct that is skipped.
         do {
-            c = accessor->getChar();
+            c = next(accessor);
         } while (c != '>' && c != -1);
     }
 
     if (c == '/') {
         u32 length = getWord(accessor);
         if (length == 0) {
-            dev_assert("Invalid tag.", __FILE__, __LINE__);
+            fail("Invalid tag.", __LINE__);
         }
         sTag* tag = new sTag;
         tag->mName = intern(length);
@@ -139,12 +191,14 @@ XmlReader::sTag* XmlReader::readTag(TextStreamAccessor* accessor)
         return tag;
     }
 
-    accessor->backforward();
+    back(accessor);
     u32 length = getWord(accessor);
     if (length == 0) {
-        dev_assert("Invalid tag.", __FILE__, __LINE__);
+        fail("Invalid tag.", __LINE__);
     }
-    sTag* tag = new sTag;
+    // Held by the reader until parse takes it, so that nothing is lost
+    // when a format fault ends the parse here.
+    sTag* tag = mpReading = new sTag;
     tag->mName = intern(length);
     tag->mNameHash = Utils::hash(mpScratch);
 
@@ -153,40 +207,40 @@ XmlReader::sTag* XmlReader::readTag(TextStreamAccessor* accessor)
         if (length != 0) {
             sAttribute* attribute = new sAttribute;
             attribute->mName = intern(length);
-            tag->mAttributes.addLast(attribute);
+            append(tag->mAttributes, attribute);
             skipSpace(accessor);
-            if (accessor->getChar() != '=') {
-                dev_assert("Invalid attribute format.", __FILE__, __LINE__);
+            if (next(accessor) != '=') {
+                fail("Invalid attribute format.", __LINE__);
             }
             skipSpace(accessor);
-            if (accessor->getChar() != '"') {
-                dev_assert("Invalid attribute format.", __FILE__, __LINE__);
+            if (next(accessor) != '"') {
+                fail("Invalid attribute format.", __LINE__);
             }
             skipSpace(accessor);
             length = getValue(accessor);
             if (length == 0) {
-                dev_assert("Invalid attribute value.", __FILE__, __LINE__);
+                fail("Invalid attribute value.", __LINE__);
             }
             attribute->mValue = intern(length);
-            if (accessor->getChar() != '"') {
-                dev_assert("Invalid attribute format.", __FILE__, __LINE__);
+            if (next(accessor) != '"') {
+                fail("Invalid attribute format.", __LINE__);
             }
             continue;
         }
         // No further attribute: whatever stands before "/" or ">" is dropped.
         skipSpace(accessor);
         do {
-            c = accessor->getChar();
+            c = next(accessor);
             if (c == -1) {
-                dev_assert("Invalid tag.", __FILE__, __LINE__);
+                fail("Invalid tag.", __LINE__);
             }
         } while (c != '/' && c != '>');
         if (c == '/') {
-            c = accessor->getChar();
+            c = next(accessor);
             tag->mEmpty = true;
         }
         if (c != '>') {
-            dev_assert("Invalid tag.", __FILE__, __LINE__);
+            fail("Invalid tag.", __LINE__);
         }
         return tag;
     }
@@ -196,12 +250,12 @@ XmlReader::sTag* XmlReader::readTag(TextStreamAccessor* accessor)
 void XmlReader::skipSpace(TextStreamAccessor* accessor)
 {
     for (;;) {
-        int c = accessor->getChar();
+        int c = next(accessor);
         if (c == -1) {
             return;
         }
         if (c != '\t' && c != '\n' && c != ' ' && c != 0) {
-            accessor->backforward();
+            back(accessor);
             return;
         }
     }
@@ -232,6 +286,10 @@ AutoString const& XmlReader::intern(u32 length)
     AutoString& slot = mpInterned[hash & (InternSize - 1)];
     if (slot.empty() || strcmp(slot.c_str(), mpScratch) != 0) {
         slot = mpScratch;
+        // An exhausted string heap leaves the slot empty.
+        if (slot.empty()) {
+            mRefused = true;
+        }
     }
     return slot;
 }
@@ -254,14 +312,20 @@ u32 XmlReader::getToken(TextStreamAccessor* accessor, bool (*accept)(int))
     u32 length = 0;
     int c;
     for (;;) {
-        c = accessor->getChar();
+        c = next(accessor);
         if (!accept(c)) {
             break;
         }
-        putScratch(length++, static_cast<char>(c));
+        // Past the limit the token is read to its end but not kept, so that
+        // the file's structure is still followed.
+        if (length < kTokenMax) {
+            putScratch(length++, static_cast<char>(c));
+        } else {
+            mRefused = true;
+        }
     }
     if (!isConsumedTerminator(c)) {
-        accessor->backforward();
+        back(accessor);
     }
     putScratch(length, '\0');
     return length;
@@ -316,6 +380,18 @@ void XmlReader::registerObject(ObjectBase* object, unsigned int id)
     if (id != 0 && mObjects.find(id) == nullptr) {
         mObjects.add(object, id);
     }
+}
+
+bool XmlReader::claimObject(ObjectBase* object, unsigned int id)
+{
+    if (id == 0) {
+        return true;
+    }
+    if (mClaimed.find(id) != nullptr) {
+        return false;
+    }
+    mClaimed.add(object, id);
+    return true;
 }
 
 ObjectBase* XmlReader::read(ObjectBase* object, char const* tagName)

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "foundation/types.h"
 
 namespace {
@@ -19,13 +21,31 @@ TEST(Fixed, IntegerConversionRoundsTowardNegativeInfinity)
     EXPECT_EQ(sFixed(3, 15), raw(0x18000));
 }
 
-TEST(Fixed, FloatConversionTruncatesTowardZero)
+// Out of range values come from files ("1e12"): they clamp, without the
+// undefined conversion the sanitizer build would stop on.
+TEST(Fixed, FloatConversionTruncatesTowardZeroAndClampsBeyondTheRange)
 {
-    EXPECT_EQ(sFixed(1.5f).mValue, 0x18000);
-    EXPECT_EQ(sFixed(-1.5f).mValue, -0x18000);
-    // 1/65536 * 0.75 truncates to 0 on both sides of zero.
-    EXPECT_EQ(sFixed(0.75f / 65536.0f).mValue, 0);
-    EXPECT_EQ(sFixed(-0.75f / 65536.0f).mValue, 0);
+    struct {
+        float mValue;
+        s32 mRaw;
+    } const cases[] = {
+        {1.5f, 0x18000},
+        {-1.5f, -0x18000},
+        {0.75f / 65536.0f, 0}, // truncates to 0 on both sides of zero
+        {-0.75f / 65536.0f, 0},
+        {-32768.0f, static_cast<s32>(0x80000000u)},
+        {32768.0f, 0x7FFFFFFF},
+        {1e12f, 0x7FFFFFFF},
+        {-1e12f, static_cast<s32>(0x80000000u)},
+        {std::numeric_limits<float>::infinity(), 0x7FFFFFFF},
+        {std::numeric_limits<float>::quiet_NaN(), 0},
+    };
+    for (auto const& c : cases) {
+        EXPECT_EQ(sFixed(c.mValue).mValue, c.mRaw) << c.mValue;
+        sFixed assigned;
+        assigned = c.mValue;
+        EXPECT_EQ(assigned.mValue, c.mRaw) << c.mValue;
+    }
     EXPECT_FLOAT_EQ(static_cast<float>(raw(0x24000)), 2.25f);
 }
 

@@ -226,7 +226,7 @@ TEST_F(PersistenceTest, ObjectMismatchesAreTracedAndLoadingGoesOn)
     EXPECT_EQ(0, mTarget.mpSharedB->mValue) << "a bare tag has no properties";
 }
 
-TEST_F(PersistenceTest, MissingIdsUnknownAndAbstractClassesOfReferencedObjectsAreTraced)
+TEST_F(PersistenceTest, MissingIdsUnknownClassesAndClassesAFieldCannotHoldAreTraced)
 {
     std::string text = mText;
     size_t const id = text.find(" id=\"", text.find("<SharedA "));
@@ -238,10 +238,10 @@ TEST_F(PersistenceTest, MissingIdsUnknownAndAbstractClassesOfReferencedObjectsAr
     EXPECT_EQ(nullptr, mTarget.mpSharedA);
     EXPECT_EQ(nullptr, mTarget.mpSharedB);
 
-    // Abstract classes cannot be made from a file.
+    // Nor a class the field cannot hold, abstract or not.
     text = mText;
     text.replace(text.find("typeinfo=\"SampleLeaf\"", text.find("<SharedA ")), 21, "typeinfo=\"System\"");
-    EXPECT_EQ("SharedA typeinfo not found.\n"
+    EXPECT_EQ("SharedA typeinfo missmatch.\n"
               "Property Value not found.\n"
               "Property Name not found.\n",
               readTraces(text));

@@ -207,3 +207,38 @@ TEST_F(ResourceTest, PropertiesResolveThroughTheSystemAndHeldResourcesAreReporte
     EXPECT_NE(testing::internal::GetCapturedStderr().find("Resource leak.(native/" + local("held.tex") + ")\n"),
               std::string::npos);
 } // reported, not deleted: the holders release them after the system
+
+// Paths from files and users stay below the data root: escapes, control
+// characters (a line feed forges trace lines) and names that would be cut
+// are refused with a trace, and nothing outside is read or written.
+TEST_F(ResourceTest, PathsThatWouldLeaveTheDataRootAreRefused)
+{
+    namespace fs = std::filesystem;
+    std::string const root = fs::path(Application::getInstance()->getIntermediatePath()).parent_path().parent_path();
+    std::string const outside = root + "/" + mName + "_outside";
+    restest::writeFile(outside + ".tga", restest::readSample("tga32_bottom.tga"));
+    restest::writeFile(intermediateFile("pic.tga"), restest::readSample("tga32_bottom.tga"));
+    std::string longPart(300, 'n'), longPath;
+    for (int i = 0; i < 9; ++i) {
+        longPath += std::string(240, 'p') + "/";
+    }
+    std::string const refused[] = {"../" + mName + "_outside", local("../../../" + mName + "_outside"), outside,
+                                   local("bad\nResource loading success."), local(longPart), longPath + "pic", ""};
+    for (std::string const& path : refused) {
+        for (TypeInfo const* type : {kTex, kTga}) {
+            testing::internal::CaptureStderr();
+            EXPECT_EQ(nullptr, create(path, type)) << path;
+            std::string const traces = testing::internal::GetCapturedStderr();
+            EXPECT_EQ(0u, traces.find("Path refused (")) << traces;
+            EXPECT_EQ(traces.find('\n'), traces.size() - 1) << "one line: " << traces;
+        }
+    }
+    EXPECT_FALSE(fs::exists(outside + ".tex"));
+    EXPECT_TRUE(ResourceSystem::getInstance()->getResources().empty());
+    fs::remove(outside + ".tga");
+
+    TextureResource* inside = create(local("pic"));
+    ASSERT_NE(nullptr, inside);
+    EXPECT_EQ(16u, inside->getWidth());
+    inside->release();
+}

@@ -1,9 +1,13 @@
 // File streams: the two accessors, the text stream's end-of-file rules, the
-// binary stream's silence, and replacing a file whole.
+// binary stream's silence, replacing a file whole and safely, and reading
+// plain files only.
 #include <gtest/gtest.h>
+
+#include <sys/stat.h>
 
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 
 #include "serial/stream.h"
 #include "serial/xmlwriter.h"
@@ -188,4 +192,65 @@ TEST(ReplacingTextFileStream, AFolderThatCannotHoldTheFileCommitsNothing)
     writeSettings(&stream, "x");
     EXPECT_FALSE(stream.commit());
     EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("File open error."));
+}
+
+// The file beside the target is made afresh: a link planted under its name is
+// not followed, and a rename that fails leaves nothing behind.
+TEST(ReplacingTextFileStream, NeverWritesThroughALinkAndLeavesNothingBehind)
+{
+    namespace fs = std::filesystem;
+    std::string const path = makeTempPath("settings_link.xml");
+    std::string const victim = makeTempPath("victim.txt");
+    writeFile(victim, "precious");
+    writeFile(path, settingsFile("old"));
+    fs::create_symlink(victim, path + ".new");
+    {
+        ReplacingTextFileStream stream(path.c_str());
+        writeSettings(&stream, "new");
+        EXPECT_TRUE(stream.commit());
+    }
+    EXPECT_EQ("precious", readFile(victim));
+    EXPECT_EQ(settingsFile("new"), readFile(path));
+    EXPECT_FALSE(fs::exists(fs::symlink_status(path + ".new")));
+
+    std::string const folder = makeTempPath("settings_folder.xml");
+    fs::create_directories(folder + "/inside");
+    {
+        ReplacingTextFileStream stream(folder.c_str());
+        writeSettings(&stream, "x");
+        EXPECT_FALSE(stream.commit());
+    }
+    EXPECT_FALSE(fs::exists(fs::symlink_status(folder + ".new")));
+    EXPECT_TRUE(fs::is_directory(folder + "/inside"));
+}
+
+TEST(ReplacingTextFileStream, TheNewFileKeepsTheTargetsPermissions)
+{
+    namespace fs = std::filesystem;
+    std::string const path = makeTempPath("settings_mode.xml");
+    writeFile(path, settingsFile("old"));
+    fs::permissions(path, fs::perms::owner_read | fs::perms::group_read);
+    ReplacingTextFileStream stream(path.c_str());
+    writeSettings(&stream, "new");
+    EXPECT_TRUE(stream.commit());
+    EXPECT_EQ(settingsFile("new"), readFile(path));
+    EXPECT_EQ(fs::perms::owner_read | fs::perms::group_read, fs::status(path).permissions());
+}
+
+// Reading opens plain files only: a pipe would block the open, a device
+// would never end.
+TEST(FileStream, ReadingRefusesWhatIsNoPlainFile)
+{
+    std::string const pipe = makeTempPath("pipe.xml");
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    for (std::string const& path : {pipe, std::string("/dev/zero"), getTempFolder()}) {
+        testing::internal::CaptureStderr();
+        TextFileStream text(path.c_str(), Stream::eMode_Read);
+        EXPECT_TRUE(text.eof()) << path;
+        EXPECT_EQ(-1, text.getChar()) << path;
+        EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("File open error.")) << path;
+        BinaryFileStream binary(path.c_str(), Stream::eMode_Read);
+        char buffer[16];
+        EXPECT_EQ(0u, binary.read(buffer, sizeof(buffer))) << path;
+    }
 }

@@ -2,6 +2,9 @@
 // and every fatal format fault.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cstdlib>
+#include <new>
 #include <vector>
 
 #include "reflection/objectlist.h"
@@ -9,6 +12,28 @@
 #include "serial/xmlreader.h"
 #include "serial/xmlwriter.h"
 #include "serialtest.h"
+
+// Every array the program makes is counted, for the growth test below.
+std::atomic<long> sArrays(0);
+
+void* operator new[](std::size_t size)
+{
+    ++sArrays;
+    if (void* block = std::malloc(size != 0 ? size : 1)) {
+        return block;
+    }
+    throw std::bad_alloc();
+}
+
+void operator delete[](void* block) noexcept
+{
+    std::free(block);
+}
+
+void operator delete[](void* block, std::size_t) noexcept
+{
+    std::free(block);
+}
 
 namespace {
 
@@ -23,12 +48,12 @@ std::string writeToText(XmlWriter& writer)
 }
 
 // Parses text through a file, as every reader does.
-void parseText(XmlReader& reader, std::string const& text)
+bool parseText(XmlReader& reader, std::string const& text)
 {
     std::string const path = makeTempPath("reader.xml");
     writeFile(path, text);
     TextFileStream stream(path.c_str(), Stream::eMode_Read);
-    reader.parse(&stream);
+    return reader.parse(&stream);
 }
 
 std::string attribute(XmlReader& reader, char const* name)
@@ -172,20 +197,82 @@ TEST(XmlReader, DeepNestingIsFreedWithoutRecursion)
     EXPECT_TRUE(reader.openTag("a"));
 }
 
-// Each format fault of the reader, from a file that shows it.
-TEST(XmlReaderDeathTest, EveryFormatFaultIsFatal)
+namespace {
+
+// The arrays that parsing a root with this many empty children makes.
+long arraysForSiblings(int count)
 {
-    struct sCase { char const* mpText; char const* mpMessage; } const cases[] = {
-        {"<A></B>", "Invalid end tag\\."}, {"</A>", "Invalid end tag\\."}, {"<A/></A>", "Invalid end tag\\."},
-        {"<A><B>", "Unclosed tag exists\\."}, {"<!-- comment -->", "Invalid tag\\."}, {"<=A/>", "Invalid tag\\."},
-        {"</>", "Invalid tag\\."}, {"<A a=\"1\"", "Invalid tag\\."}, {"<A / >", "Invalid tag\\."}, {"<", "Invalid tag\\."},
-        {"<A a \"1\"/>", "Invalid attribute format\\."}, {"<A a=1/>", "Invalid attribute format\\."},
-        {"<A a=\"1 2\"/>", "Invalid attribute format\\."}, {"<A a=\"1,2\"/>", "Invalid attribute format\\."},
-        {"<A a=\"1", "Invalid attribute format\\."}, {"<A a=\"\"/>", "Invalid attribute value\\."},
-        {"<A a=\" \"/>", "Invalid attribute value\\."},
+    std::string text = "<R>";
+    for (int i = 0; i < count; ++i) {
+        text += "<a/>";
+    }
+    text += "</R>";
+    long const before = sArrays;
+    XmlReader reader;
+    parseText(reader, text);
+    return sArrays - before;
+}
+
+} // namespace
+
+// A file of many siblings reads in linear time: the child list grows by
+// doubling, not by one array per 16 children.
+TEST(XmlReader, ManySiblingsCostAFewArraysNotOnePerSixteen)
+{
+    long const fewer = arraysForSiblings(20000);
+    long const more = arraysForSiblings(80000);
+    EXPECT_LT(more - fewer, 16) << fewer << " arrays for 20000 siblings, " << more << " for 80000";
+}
+
+// A token no heap could hold (a settings value of megabytes) refuses the file
+// with a trace naming it, whether it passes the reader's own limit or only
+// the string heap's; the program goes on.
+TEST(XmlReaderDeathTest, TokensTooLongForTheHeapsRefuseTheFile)
+{
+    std::string const beyondLimit = "<A a=\"" + std::string(XmlReader::kTokenMax + 1, 'x') + "\" />";
+    testing::internal::CaptureStderr();
+    XmlReader reader;
+    EXPECT_FALSE(parseText(reader, beyondLimit));
+    EXPECT_FALSE(reader.openTag("A"));
+    EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("reader.xml(1) : token too long, file refused."));
+
+    // A 3 MiB value with about 2 MiB left in the string heap (the host's
+    // whole heap), in a child of its own.
+    std::string const beyondHeap = "<A>\n<B a=\"" + std::string(3 << 20, 'x') + "\" />\n</A>\n";
+    EXPECT_EXIT(
+        {
+            AllocatorBase* heap = AutoString::getAllocator();
+            std::vector<void*> blocks;
+            while (void* block = heap->allocate(1 << 20, 4)) {
+                blocks.push_back(block);
+            }
+            heap->deallocate(blocks[0]);
+            heap->deallocate(blocks[1]);
+            XmlReader small;
+            bool const parsed = parseText(small, beyondHeap);
+            std::_Exit(!parsed && !small.openTag("A") ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "reader\\.xml\\(2\\) : token too long, file refused\\.");
+}
+
+// Each format fault of the reader, from a file that shows it; a trace just
+// before the fatal text names the file and the line.
+TEST(XmlReaderDeathTest, EveryFormatFaultIsFatalAfterNamingFileAndLine)
+{
+    struct sCase { char const* mpText; int mLine; char const* mpMessage; } const cases[] = {
+        {"<A></B>", 1, "Invalid end tag\\."}, {"</A>", 1, "Invalid end tag\\."}, {"<A/></A>", 1, "Invalid end tag\\."},
+        {"<A><B>", 1, "Unclosed tag exists\\."}, {"<!-- comment -->", 1, "Invalid tag\\."}, {"<=A/>", 1, "Invalid tag\\."},
+        {"</>", 1, "Invalid tag\\."}, {"<A a=\"1\"", 1, "Invalid tag\\."}, {"<A / >", 1, "Invalid tag\\."}, {"<", 1, "Invalid tag\\."},
+        {"<A a \"1\"/>", 1, "Invalid attribute format\\."}, {"<A a=1/>", 1, "Invalid attribute format\\."},
+        {"<A a=\"1 2\"/>", 1, "Invalid attribute format\\."}, {"<A a=\"1,2\"/>", 1, "Invalid attribute format\\."},
+        {"<A a=\"1", 1, "Invalid attribute format\\."}, {"<A a=\"\"/>", 1, "Invalid attribute value\\."},
+        {"<A a=\" \"/>", 1, "Invalid attribute value\\."},
+        {"<A>\n\t<B a=\"1\" />\n\t<C b=\"2,\" />\n</A>\n", 3, "Invalid attribute format\\."},
+        {"<A>\n<B>\n</A>\n", 3, "Invalid end tag\\."},
     };
     for (sCase const& test : cases) {
-        EXPECT_DEATH({ XmlReader reader; parseText(reader, test.mpText); }, test.mpMessage) << test.mpText;
+        std::string const expected = "reader\\.xml\\(" + std::to_string(test.mLine) + "\\) : damaged file\\..*" + test.mpMessage;
+        EXPECT_DEATH({ XmlReader reader; parseText(reader, test.mpText); }, expected) << test.mpText;
     }
     EXPECT_DEATH({ XmlReader reader; BinaryFileStream stream(makeTempPath("binary.xml").c_str(), Stream::eMode_Write); reader.parse(&stream); },
                  "Stream don't have text accessor\\.");

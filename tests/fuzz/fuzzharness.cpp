@@ -1,0 +1,69 @@
+#include "fuzzharness.h"
+
+#include <unistd.h>
+
+#include <csetjmp>
+#include <cstdio>
+#include <cstdlib>
+
+#include "checkedheap.h"
+#include "foundation/autostring.h"
+#include "foundation/debug.h"
+#include "platform/platform.h"
+
+namespace fuzz {
+
+namespace {
+
+jmp_buf sGuard;
+bool sGuarded = false;
+
+void leaveGuard(char const*)
+{
+    if (sGuarded) {
+        sGuarded = false;
+        longjmp(sGuard, 1);
+    }
+}
+
+} // namespace
+
+void setup()
+{
+    static bool done = false;
+    if (done) {
+        return;
+    }
+    done = true;
+    platform::setUnattended(true);
+    AutoString::setAllocator(new CheckedHeap("String"));
+    setFatalHandler(&leaveGuard);
+}
+
+char const* writeInput(u8 const* data, size_t size, char const* extension)
+{
+    static char path[256];
+    snprintf(path, sizeof(path), "/tmp/harbor_fuzz_%d.%s", static_cast<int>(getpid()), extension);
+    FILE* file = fopen(path, "wb");
+    if (file == nullptr) {
+        abort(); // no input can be tried at all
+    }
+    if (size != 0) {
+        fwrite(data, 1, size, file);
+    }
+    fclose(file);
+    return path;
+}
+
+bool runGuarded(void (*body)(void*), void* user)
+{
+    if (setjmp(sGuard) != 0) {
+        return false;
+    }
+    sGuarded = true;
+    body(user);
+    sGuarded = false;
+    return true;
+}
+
+} // namespace fuzz
