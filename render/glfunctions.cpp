@@ -10,6 +10,13 @@ PFNGLDELETEFRAMEBUFFERSEXTPROC DeleteFramebuffersEXT = nullptr;
 PFNGLBINDFRAMEBUFFEREXTPROC BindFramebufferEXT = nullptr;
 PFNGLFRAMEBUFFERTEXTURE2DEXTPROC FramebufferTexture2DEXT = nullptr;
 PFNGLCHECKFRAMEBUFFERSTATUSEXTPROC CheckFramebufferStatusEXT = nullptr;
+PFNGLGENBUFFERSPROC GenBuffers = nullptr;
+PFNGLDELETEBUFFERSPROC DeleteBuffers = nullptr;
+PFNGLBINDBUFFERPROC BindBuffer = nullptr;
+PFNGLBUFFERDATAPROC BufferData = nullptr;
+PFNGLMAPBUFFERPROC MapBuffer = nullptr;
+PFNGLUNMAPBUFFERPROC UnmapBuffer = nullptr;
+PFNGLDRAWRANGEELEMENTSPROC DrawRangeElements = nullptr;
 
 namespace {
 
@@ -31,6 +38,13 @@ bool loadFunctions()
     found &= load(BindFramebufferEXT, "glBindFramebufferEXT");
     found &= load(FramebufferTexture2DEXT, "glFramebufferTexture2DEXT");
     found &= load(CheckFramebufferStatusEXT, "glCheckFramebufferStatusEXT");
+    found &= load(GenBuffers, "glGenBuffers");
+    found &= load(DeleteBuffers, "glDeleteBuffers");
+    found &= load(BindBuffer, "glBindBuffer");
+    found &= load(BufferData, "glBufferData");
+    found &= load(MapBuffer, "glMapBuffer");
+    found &= load(UnmapBuffer, "glUnmapBuffer");
+    found &= load(DrawRangeElements, "glDrawRangeElements");
     return found;
 }
 
