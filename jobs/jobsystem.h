@@ -71,22 +71,24 @@ public:
     }
     // The whole slice in one call, with the index in a register: loop jobs
     // of neighbouring threads share cache lines in the job heap, and a
-    // virtual call per index would cost more than a trivial body.
+    // virtual call per index would cost more than a trivial body. The count
+    // of steps is known first, so that the index never steps past end.
     bool execute() override
     {
+        if (!(mCurrent < mEnd)) {
+            return false;
+        }
         T* const object = mpObject;
         Function const function = mFunction;
         void* const user = mpUser;
-        I const end = mEnd;
         I const step = mStep;
-        for (I index = mCurrent; index < end;) {
+        I index = mCurrent;
+        for (I left = (mEnd - mCurrent - I(1)) / step; left > I(0); --left) {
             (object->*function)(index, user);
-            if (end - index <= step) {
-                break; // the next step would pass end (or overflow I)
-            }
             index += step;
         }
-        mCurrent = end;
+        (object->*function)(index, user);
+        mCurrent = mEnd;
         return false;
     }
 
