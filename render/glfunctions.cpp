@@ -4,19 +4,9 @@
 
 namespace gl {
 
-PFNGLBLENDEQUATIONPROC BlendEquation = nullptr;
-PFNGLGENFRAMEBUFFERSEXTPROC GenFramebuffersEXT = nullptr;
-PFNGLDELETEFRAMEBUFFERSEXTPROC DeleteFramebuffersEXT = nullptr;
-PFNGLBINDFRAMEBUFFEREXTPROC BindFramebufferEXT = nullptr;
-PFNGLFRAMEBUFFERTEXTURE2DEXTPROC FramebufferTexture2DEXT = nullptr;
-PFNGLCHECKFRAMEBUFFERSTATUSEXTPROC CheckFramebufferStatusEXT = nullptr;
-PFNGLGENBUFFERSPROC GenBuffers = nullptr;
-PFNGLDELETEBUFFERSPROC DeleteBuffers = nullptr;
-PFNGLBINDBUFFERPROC BindBuffer = nullptr;
-PFNGLBUFFERDATAPROC BufferData = nullptr;
-PFNGLMAPBUFFERPROC MapBuffer = nullptr;
-PFNGLUNMAPBUFFERPROC UnmapBuffer = nullptr;
-PFNGLDRAWRANGEELEMENTSPROC DrawRangeElements = nullptr;
+#define HARBOR_GL_DEFINE(type, name, text) type name = nullptr;
+HARBOR_GL_FUNCTIONS(HARBOR_GL_DEFINE)
+#undef HARBOR_GL_DEFINE
 
 namespace {
 
@@ -32,19 +22,9 @@ bool load(T& function, char const* name)
 bool loadFunctions()
 {
     bool found = true;
-    found &= load(BlendEquation, "glBlendEquation");
-    found &= load(GenFramebuffersEXT, "glGenFramebuffersEXT");
-    found &= load(DeleteFramebuffersEXT, "glDeleteFramebuffersEXT");
-    found &= load(BindFramebufferEXT, "glBindFramebufferEXT");
-    found &= load(FramebufferTexture2DEXT, "glFramebufferTexture2DEXT");
-    found &= load(CheckFramebufferStatusEXT, "glCheckFramebufferStatusEXT");
-    found &= load(GenBuffers, "glGenBuffers");
-    found &= load(DeleteBuffers, "glDeleteBuffers");
-    found &= load(BindBuffer, "glBindBuffer");
-    found &= load(BufferData, "glBufferData");
-    found &= load(MapBuffer, "glMapBuffer");
-    found &= load(UnmapBuffer, "glUnmapBuffer");
-    found &= load(DrawRangeElements, "glDrawRangeElements");
+#define HARBOR_GL_LOAD(type, name, text) found &= load(name, text);
+    HARBOR_GL_FUNCTIONS(HARBOR_GL_LOAD)
+#undef HARBOR_GL_LOAD
     return found;
 }
 
