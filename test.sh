@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Builds Harbor and runs every test: the normal build (unit, window and
 # benchmark programs), then the unit tests again under AddressSanitizer with
-# UndefinedBehaviorSanitizer, and under ThreadSanitizer.
+# UndefinedBehaviorSanitizer, and under ThreadSanitizer. First of all, no
+# file may include a header of a folder above its own.
 set -euo pipefail
 cd "$(dirname "$0")"
+python3 scripts/check_layers.py
 bash scripts/install-deps.sh
 
 bash scripts/build.sh build

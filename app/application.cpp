@@ -9,8 +9,6 @@
 #include "foundation/multithread.h"
 #include "foundation/utils.h"
 #include "platform/platform.h"
-#include "render/rendersystem.h"
-#include "render/viewsystem.h"
 
 IMPLEMENT_TYPEINFO(Application, "ObjectBase", TypeInfo::eAttribute_Abstract);
 Application* Application::mpInstance = nullptr;
@@ -120,6 +118,7 @@ Application::~Application()
     if (SystemManager::getInstance() != nullptr) {
         SystemManager::getInstance()->destroy();
     }
+    AllocatorBase::setTemporaryAllocator(nullptr);
     if (MemoryManager::getInstance() != nullptr) {
         MemoryManager::getInstance()->destroy();
     }
@@ -178,6 +177,7 @@ void Application::setTempAllocator(AllocatorBase* allocator)
         dev_assert("TempAllocator already set.", __FILE__, __LINE__);
     }
     mpTempAllocator = allocator;
+    AllocatorBase::setTemporaryAllocator(allocator);
 }
 
 u64 Application::getAbsoluteCount()
@@ -327,15 +327,5 @@ void Application::handleBoundsEvent()
     }
     mWindowWidth = rect.getWidth();
     mWindowHeight = rect.getHeight();
-    if (RenderSystem* renderSystem = RenderSystem::getInstance()) {
-        renderSystem->reset();
-    }
-    if (ViewSystem* views = ViewSystem::getInstance()) {
-        unsigned int const resized[] = {0, ViewSystem::kInterfaceView, ViewSystem::kOverlayView};
-        for (unsigned int view : resized) {
-            views->setViewport(view, rect);
-            views->setProjection(view, rect);
-        }
-    }
-    // The UI layout (UISystem::resetLayout) follows here once it exists.
+    mResizeList.call(rect);
 }

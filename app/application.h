@@ -5,6 +5,7 @@
 #pragma once
 
 #include "foundation/allocator.h"
+#include "foundation/callbacklist.h"
 #include "foundation/debug.h"
 #include "foundation/types.h"
 #include "platform/window.h"
@@ -31,6 +32,10 @@ public:
         virtual void sleep(u32 milliseconds) = 0;
     };
 
+    // Called with the new window rectangle when the window changes size, in
+    // the order of registration: the renderer, the views, the interface.
+    typedef CallbackList<sRect const&, 8> ResizeList;
+
     explicit Application(sInitializer const* initializer, Clock* clock = nullptr);
     ~Application() override;
 
@@ -52,6 +57,8 @@ public:
     u32 getWindowHeight() const { return mWindowHeight; }
     sSize getWindowSize() const { return sSize(mWindowWidth, mWindowHeight); }
     u32 getProcessorNum() const { return mProcessorNum; }
+    void addResizeListener(ResizeList::Function function, void* object) { mResizeList.add(function, object); }
+    void removeResizeListener(void* object) { mResizeList.remove(object); }
     void setTempAllocator(AllocatorBase* allocator);
     AllocatorBase* getTempAllocator() const { return mpTempAllocator; }
     u64 getAbsoluteCount();
@@ -114,6 +121,7 @@ private:
     u32 mMouseButton;
     sPoint mWheelAmount;
     Clock* mpClock;
+    ResizeList mResizeList;
 
     static Application* mpInstance;
 };

@@ -163,6 +163,7 @@ void BM_UnitFrame(benchmark::State& state)
     u32 const threads = state.range(1) == 0 ? platform::getProcessorNum() : static_cast<u32>(state.range(1));
     harness.mpJobs->setJobThreadNum(threads);
     UnitSystem* units = UnitSystem::create();
+    units->setup(); // draws into the game views
     std::mt19937 random(12345);
     for (int i = 0; i < kUnitNum; ++i) {
         units->addUnit(new MovingUnit(random, quads, static_cast<u32>(i) % kLevels));

@@ -45,6 +45,8 @@ AllocatorBase::~AllocatorBase()
     }
 }
 
+AllocatorBase* AllocatorBase::mpTemporaryAllocator = nullptr;
+
 AllocatorBase* AllocatorBase::getGlobalAllocator()
 {
     static GPAllocator sGlobal(0x8000000, "Global", nullptr, 32, true);

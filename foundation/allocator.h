@@ -24,6 +24,11 @@ public:
     // "Global": 128 MiB from malloc, built at first use, ended at process
     // exit after everything else, so that its leak check sees the program.
     static AllocatorBase* getGlobalAllocator();
+    // The program's heap for short-lived scratch blocks (file buffers), set
+    // with the application's; null where none is set, and users fall back to
+    // array new.
+    static void setTemporaryAllocator(AllocatorBase* allocator) { mpTemporaryAllocator = allocator; }
+    static AllocatorBase* getTemporaryAllocator() { return mpTemporaryAllocator; }
 
     char const* getName() const { return mpName; }
     u32 getHeapSize() const { return mHeapSize; }
@@ -47,6 +52,9 @@ protected:
     bool mThreadSafe;
     char const* mpName;
     AllocatorBase* mpParent;
+
+private:
+    static AllocatorBase* mpTemporaryAllocator;
 };
 
 // First fit over an address-ordered free list of blocks, each behind a

@@ -6,6 +6,8 @@
 #include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
 #include "input/hidsystem.h"
+#include "input/keyboardsystem.h"
+#include "input/mousesystem.h"
 #include "jobs/jobsystem.h"
 #include "reflection/objectlist.h"
 #include "reflection/property.h"
@@ -67,8 +69,24 @@ void HarborApp::setup()
     manager->addSystem(UISystem::create());
     manager->addSystem(ToolSystem::create());
     manager->setup();
+    wireSystems();
     manager->order();
     readSettings();
+}
+
+// The orders between Systems of different layers, which neither side can name
+// without reaching above its own layer.
+void HarborApp::wireSystems()
+{
+    ToolSystem* tools = ToolSystem::getInstance();
+    // The game views draw what the units updated in this frame.
+    ViewSystem::getInstance()->addUpdateDependency(UnitSystem::getInstance());
+    // The renderer closes the frame after the tools' drawing, and outlives the tools' textures.
+    RenderSystem::getInstance()->addPostprocessDependency(tools);
+    RenderSystem::getInstance()->addDestroyDependency(tools);
+    // The tool windows' widgets read the input state until they are gone.
+    MouseSystem::getInstance()->addDestroyDependency(tools);
+    KeyboardSystem::getInstance()->addDestroyDependency(tools);
 }
 
 void HarborApp::update(float delta)

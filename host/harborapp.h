@@ -23,6 +23,7 @@ public:
     DECLARE_TYPEINFO(TypeInfo)
 
 private:
+    void wireSystems();
     void readSettings();
     void writeSettings();
 };

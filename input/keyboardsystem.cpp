@@ -1,7 +1,6 @@
 #include "input/keyboardsystem.h"
 
 #include "foundation/debug.h"
-#include "tool/toolsystem.h"
 #include "input/hidsystem.h"
 
 TypeInfo KeyboardSystem::mUniqueTypeInfo("KeyboardSystem", "System", 2);
@@ -44,12 +43,6 @@ KeyboardSystem::KeyboardSystem(HIDSystem* hidSystem)
 KeyboardSystem::~KeyboardSystem()
 {
     DEV_TRACE("KeyboardSystem : end.\n");
-}
-
-void KeyboardSystem::setup()
-{
-    // The tool windows' widgets read the key state until they are gone.
-    addDestroyDependency(ToolSystem::getInstance());
 }
 
 void KeyboardSystem::update()

@@ -45,7 +45,6 @@ public:
     static KeyboardSystem* create(HIDSystem* hidSystem);
     static KeyboardSystem* getInstance() { return mpInstance; }
     void destroy() override;
-    void setup() override;
     void update() override;
 
     bool checkKeyOn(eKeyCode code) const { return (mKeyOn[word(code)] & bit(code)) != 0; }

@@ -2,7 +2,6 @@
 
 #include "app/application.h"
 #include "foundation/debug.h"
-#include "tool/toolsystem.h"
 
 TypeInfo MouseSystem::mUniqueTypeInfo("MouseSystem", "System", 2);
 MouseSystem* MouseSystem::mpInstance = nullptr;
@@ -41,12 +40,6 @@ MouseSystem::MouseSystem(HIDSystem*)
 MouseSystem::~MouseSystem()
 {
     DEV_TRACE("MouseSystem : end.\n");
-}
-
-void MouseSystem::setup()
-{
-    // The tool windows' widgets read the mouse state until they are gone.
-    addDestroyDependency(ToolSystem::getInstance());
 }
 
 void MouseSystem::update()

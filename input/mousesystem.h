@@ -15,7 +15,6 @@ public:
     static MouseSystem* create(HIDSystem* hidSystem);
     static MouseSystem* getInstance() { return mpInstance; }
     void destroy() override;
-    void setup() override;
     void update() override;
 
     // Cursor in window content coordinates; a drag may leave the window.

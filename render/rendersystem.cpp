@@ -11,7 +11,6 @@
 #include "render/drawcontext.h"
 #include "render/glfunctions.h"
 #include "render/renderobject.h"
-#include "tool/toolsystem.h"
 
 IMPLEMENT_TYPEINFO(RenderSystem, "System", TypeInfo::eAttribute_Singleton);
 RenderSystem* RenderSystem::mpInstance = nullptr;
@@ -82,11 +81,18 @@ RenderSystem::RenderSystem(u32 commandBufferSize)
     mContextStack.reserve(kDrawContextNum);
     mRenderObjects.reserve(256);
     init(commandBufferSize);
+    if (Application* application = Application::getInstance()) {
+        application->addResizeListener(&Application::ResizeList::member<RenderSystem, &RenderSystem::notifyResize>,
+                                       this);
+    }
     DEV_TRACE("RenderSystem : start.\n");
 }
 
 RenderSystem::~RenderSystem()
 {
+    if (Application* application = Application::getInstance()) {
+        application->removeResizeListener(this);
+    }
     cleanUp();
 }
 
@@ -188,12 +194,6 @@ void RenderSystem::cleanUp()
     System::deallocate(mpQuadIndices);
     mpQuadIndices = nullptr;
     DEV_TRACE("RenderSystem : end.\n");
-}
-
-void RenderSystem::setup()
-{
-    addPostprocessDependency(ToolSystem::getInstance());
-    addDestroyDependency(ToolSystem::getInstance());
 }
 
 sRect RenderSystem::getWindowRect() const
@@ -597,6 +597,11 @@ void RenderSystem::executeCommand()
     }
     deleteInvalidObjects();
     ++mExecuteFrame;
+}
+
+void RenderSystem::notifyResize(sRect const&)
+{
+    reset();
 }
 
 void RenderSystem::reset()

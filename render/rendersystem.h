@@ -114,8 +114,6 @@ public:
 
     DECLARE_TYPEINFO(TypeInfo)
 
-    // Postprocess after the tools' drawing; destroyed after the tools.
-    void setup() override;
     // Opens the frame for recording: contexts reset and stacked, buffer emptied.
     void preprocess() override;
     // Closes the frame: hands over the contexts' entries, ends the list, sorts.
@@ -124,6 +122,7 @@ public:
     void executeCommand();
     // After the window changed size: viewport to the window, cleared to black.
     void reset();
+    void notifyResize(sRect const& window);
 
     // Recording side. Contexts are popped and pushed by the thread that
     // drives a pass, which hands each to one job at a time.

@@ -6,8 +6,6 @@
 #include "reflection/property.h"
 #include "render/drawcontext.h"
 #include "render/rendersystem.h"
-#include "tool/toolsystem.h"
-#include "unit/unitsystem.h"
 
 IMPLEMENT_TYPEINFO(ViewSystem, "System", TypeInfo::eAttribute_Singleton);
 IMPLEMENT_OBJECT_TYPEINFO(ViewSystem::View, "ObjectBase");
@@ -24,6 +22,7 @@ ViewSystem::View::View() : mEnable(false), mGrid(false), mIndex(0)
                                                 : sRect::Zero;
     mViewport = window;
     mProjection = window;
+    mDrawers.add(&DrawerList::member<View, &View::drawGrid>, this, eDrawStage_Grid);
 }
 
 void ViewSystem::View::makePropertyList(PropertyList& list)
@@ -41,24 +40,15 @@ void ViewSystem::View::draw(DrawContext* context)
     context->setViewport(mViewport);
     context->setScissorRect(mViewport);
     context->setProjectionRect(mProjection);
-
-    if (UnitSystem* units = UnitSystem::getInstance()) {
-        units->draw(context);
-    }
-    // The widgets that live in the scene (UISystem's draw with the context)
-    // come here once that System exists.
-
-    if (mGrid) {
-        drawGrid(context);
-    }
-    if (ToolSystem* tools = ToolSystem::getInstance()) {
-        tools->draw(context);
-    }
+    mDrawers.call(context);
 }
 
 // Black lines every 32 world units over the projection, on the last level.
 void ViewSystem::View::drawGrid(DrawContext* context)
 {
+    if (!mGrid) {
+        return;
+    }
     context->setDrawLevel(16383, 0); // masked to 4095, the last level
     context->setVertexDecl(eVertexDecl_Plain);
     context->setBlendMode(eBlendMode_Opaque);
@@ -135,18 +125,47 @@ ViewSystem::ViewSystem()
     mViews[1].mEnable = true;
     mViews[kInterfaceView].mEnable = true;
     mViews[kOverlayView].mEnable = true;
+    if (Application* application = Application::getInstance()) {
+        application->addResizeListener(&Application::ResizeList::member<ViewSystem, &ViewSystem::notifyResize>, this);
+    }
     DEV_TRACE("ViewSystem : start.\n");
 }
 
 ViewSystem::~ViewSystem()
 {
+    if (Application* application = Application::getInstance()) {
+        application->removeResizeListener(this);
+    }
     DEV_TRACE("ViewSystem : end.\n");
 }
 
-void ViewSystem::setup()
+void ViewSystem::addDrawer(unsigned int view, eDrawStage stage, DrawerList::Function function, void* object)
 {
-    // Game views update after the units have.
-    addUpdateDependency(UnitSystem::getInstance());
+    DEV_ASSERT(view < kViewNum, "No such view.");
+    mViews[view].mDrawers.add(function, object, stage);
+}
+
+void ViewSystem::addGameViewDrawer(eDrawStage stage, DrawerList::Function function, void* object)
+{
+    for (u32 i = kGameViewFirst; i <= kGameViewLast; ++i) {
+        addDrawer(i, stage, function, object);
+    }
+}
+
+void ViewSystem::removeDrawer(void* object)
+{
+    for (View& view : mViews) {
+        view.mDrawers.remove(object);
+    }
+}
+
+void ViewSystem::notifyResize(sRect const& window)
+{
+    unsigned int const resized[] = {0, kInterfaceView, kOverlayView};
+    for (unsigned int view : resized) {
+        setViewport(view, window);
+        setProjection(view, window);
+    }
 }
 
 void ViewSystem::update()

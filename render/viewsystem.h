@@ -3,11 +3,14 @@
 // the number is also the top four bits of every sort key, so views are drawn
 // in the order of their numbers. Views 1 to 4 are the game views, drawn here
 // each frame; 0, 5 (interface) and 6 (overlay) are addressed by others.
+// What a view's pass draws is registered with it (units, widgets in the
+// scene, the tools' recorded drawing), so that this layer calls none of them.
 // Main thread; the views' rectangles are read by drawing jobs.
 #pragma once
 
 #include "app/system.h"
 #include "foundation/autostring.h"
+#include "foundation/callbacklist.h"
 #include "foundation/types.h"
 #include "reflection/objectbase.h"
 
@@ -21,13 +24,26 @@ public:
     static constexpr u32 kInterfaceView = 5;
     static constexpr u32 kOverlayView = 6;
     static constexpr int kGridPitch = 32; // world units between grid lines
+    static constexpr u32 kDrawerNum = 8;  // per view, the grid's included
+
+    typedef CallbackList<DrawContext*, kDrawerNum> DrawerList;
+
+    // Where in a view's pass a drawer runs; equal stages in the order of
+    // registration.
+    enum eDrawStage {
+        eDrawStage_Scene,     // units
+        eDrawStage_Interface, // widgets that live in the scene
+        eDrawStage_Grid,      // the view's own grid
+        eDrawStage_Overlay,   // the tools' recorded drawing
+        eDrawStage_Num
+    };
 
     class View : public ObjectBase {
     public:
         View();
 
-        // One pass of this view: units, widgets in the scene, the grid, and
-        // the tools' recorded drawing, all through the same view state.
+        // One pass of this view: sets the view state, then calls the
+        // drawers in the order of their stages, all through that state.
         void draw(DrawContext* context);
 
         u32 getIndex() const { return mIndex; }
@@ -43,6 +59,7 @@ public:
 
         void drawGrid(DrawContext* context);
 
+        DrawerList mDrawers;
         AutoString mName;
         bool mEnable;
         bool mGrid;
@@ -57,7 +74,6 @@ public:
 
     DECLARE_TYPEINFO(TypeInfo)
 
-    void setup() override;
     void preprocess() override {}
     // Draws the enabled game views, 1 to 4 in order, through one context.
     void update() override;
@@ -73,6 +89,15 @@ public:
     void setViewport(unsigned int view, sRect const& rect) { mViews[view].mViewport = rect; }
     void setProjection(unsigned int view, sRect const& rect) { mViews[view].mProjection = rect; }
     View& getView(unsigned int view) { return mViews[view]; }
+
+    // A drawer for one view's pass, or for each game view's; a full table is
+    // fatal. removeDrawer takes every drawer of the object from every view.
+    void addDrawer(unsigned int view, eDrawStage stage, DrawerList::Function function, void* object);
+    void addGameViewDrawer(eDrawStage stage, DrawerList::Function function, void* object);
+    void removeDrawer(void* object);
+
+    // Views 0, 5 and 6 follow the window's size.
+    void notifyResize(sRect const& window);
     // makeUIList (the list of game views and their dialog) joins here with
     // the widget toolkit.
 

@@ -2,25 +2,13 @@
 
 #include <cstring>
 
-#include "app/application.h"
+#include "foundation/allocator.h"
 #include "foundation/debug.h"
 #include "serial/stream.h"
 
-namespace {
-
-// The frame's temporary heap; plain array new where no application runs
-// (tools and tests).
-AllocatorBase* getTemporaryAllocator()
-{
-    Application* application = Application::getInstance();
-    return (application != nullptr) ? application->getTempAllocator() : nullptr;
-}
-
-} // namespace
-
 DataReader::DataReader(Stream* stream, unsigned int bufferSize)
     : mpStream(stream), mpAccessor(stream->getBinaryAccessor()), mpBuffer(nullptr), mpCursor(nullptr),
-      mBufferSize(bufferSize), mPosition(0), mBufferFill(0), mEnd(false), mpAllocator(getTemporaryAllocator())
+      mBufferSize(bufferSize), mPosition(0), mBufferFill(0), mEnd(false), mpAllocator(AllocatorBase::getTemporaryAllocator())
 {
     if (mpAccessor == nullptr) {
         dev_assert("Stream don't have binary accessor.", __FILE__, __LINE__);

@@ -2,25 +2,13 @@
 
 #include <cstring>
 
-#include "app/application.h"
+#include "foundation/allocator.h"
 #include "foundation/debug.h"
 #include "serial/stream.h"
 
-namespace {
-
-// The frame's temporary heap; plain array new where no application runs
-// (tools and tests).
-AllocatorBase* getTemporaryAllocator()
-{
-    Application* application = Application::getInstance();
-    return (application != nullptr) ? application->getTempAllocator() : nullptr;
-}
-
-} // namespace
-
 DataWriter::DataWriter(Stream* stream, unsigned int tagMax)
     : mpStream(stream), mpAccessor(stream->getBinaryAccessor()), mpTagList(nullptr), mpTagEnd(nullptr),
-      mTagMax(tagMax), mPosition(0), mpAllocator(getTemporaryAllocator())
+      mTagMax(tagMax), mPosition(0), mpAllocator(AllocatorBase::getTemporaryAllocator())
 {
     if (mpAccessor == nullptr) {
         dev_assert("Stream don't have binary accessor.", __FILE__, __LINE__);

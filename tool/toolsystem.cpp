@@ -118,6 +118,9 @@ ToolSystem::ToolSystem() : mToolTypeInfoList(), mpFontTexture(nullptr), mpDrawCo
 
 ToolSystem::~ToolSystem()
 {
+    if (ViewSystem* views = ViewSystem::getInstance()) {
+        views->removeDrawer(this);
+    }
     if (mpFontTexture != nullptr) {
         mpFontTexture->release();
         mpFontTexture = nullptr;
@@ -130,6 +133,11 @@ ToolSystem::~ToolSystem()
 void ToolSystem::setup()
 {
     addPreprocessDependency(RenderSystem::getInstance());
+    // The recorded drawing is replayed last in each game view's pass.
+    if (ViewSystem* views = ViewSystem::getInstance()) {
+        views->addGameViewDrawer(ViewSystem::eDrawStage_Overlay,
+                                 &ViewSystem::DrawerList::member<ToolSystem, &ToolSystem::draw>, this);
+    }
 }
 
 // Every texel white; the bit decides the alpha. Bitmap row y goes to texel

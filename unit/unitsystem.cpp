@@ -9,6 +9,7 @@
 #include "reflection/property.h"
 #include "render/drawcontext.h"
 #include "render/rendersystem.h"
+#include "render/viewsystem.h"
 #include "unit/unitbase.h"
 
 IMPLEMENT_TYPEINFO(UnitSystem, "System", TypeInfo::eAttribute_Singleton);
@@ -98,6 +99,9 @@ UnitSystem::UnitSystem()
 
 UnitSystem::~UnitSystem()
 {
+    if (ViewSystem* views = ViewSystem::getInstance()) {
+        views->removeDrawer(this);
+    }
     for (Vector<UnitBase>::Iterator it = mAddUnitList.begin(); it != mAddUnitList.end(); ++it) {
         delete *it;
     }
@@ -122,6 +126,11 @@ UnitSystem::~UnitSystem()
 void UnitSystem::setup()
 {
     addUpdateDependency(HIDSystem::getInstance());
+    // The units come first in each game view's pass.
+    if (ViewSystem* views = ViewSystem::getInstance()) {
+        views->addGameViewDrawer(ViewSystem::eDrawStage_Scene,
+                                 &ViewSystem::DrawerList::member<UnitSystem, &UnitSystem::draw>, this);
+    }
 }
 
 // ---------------------------------------------------------------------------

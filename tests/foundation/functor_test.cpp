@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <string>
 #include <vector>
 
+#include "foundation/callbacklist.h"
 #include "foundation/functor.h"
 
 namespace {
@@ -58,4 +60,30 @@ TEST(Functor, TheHeapHoldsExactly4096Functors)
         delete functor;
     }
     EXPECT_EQ(FunctorBase::getAllocator()->getUsedSize(), 0u);
+}
+
+// CallbackList: calls by rank, equal ranks in the order of registration;
+// removal takes every entry of an object; a full table is fatal.
+TEST(CallbackListTest, CallsByRankThenRegistrationAndRemovesByObject)
+{
+    struct Recorder {
+        std::string* mpLog;
+        char mName;
+        void note(int) { *mpLog += mName; }
+    };
+    std::string log;
+    Recorder a{&log, 'a'}, b{&log, 'b'}, c{&log, 'c'};
+    CallbackList<int, 4> list;
+    auto const note = &CallbackList<int, 4>::member<Recorder, &Recorder::note>;
+    list.add(note, &a, 2);
+    list.add(note, &b, 1);
+    list.add(note, &c, 2);
+    list.add(note, &b, 3);
+    list.call(0);
+    EXPECT_EQ(log, "bacb");
+    EXPECT_DEATH(list.add(note, &a, 0), "CallbackList is full\\.");
+    list.remove(&b);
+    log.clear();
+    list.call(0);
+    EXPECT_EQ(log, "ac");
 }

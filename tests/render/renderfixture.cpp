@@ -76,6 +76,7 @@ void RenderTest::SetUp()
     mpRender = RenderSystem::create();
     mpViews = ViewSystem::create();
     mpTools = ToolSystem::create();
+    mpTools->setup(); // replays into the game views
 }
 
 void RenderTest::TearDown()

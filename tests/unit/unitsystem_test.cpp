@@ -134,6 +134,7 @@ protected:
         mpRender = RenderSystem::create();
         mpViews = ViewSystem::create();
         mpUnits = UnitSystem::create();
+        mpUnits->setup(); // draws into the game views
         UnitProbe::sDeleted = UnitProbe::sWork = UnitProbe::sStale = 0;
         UnitProbe::sMeet = -1;
         UnitProbe::sLogging = false;
