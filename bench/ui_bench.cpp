@@ -130,6 +130,10 @@ public:
         manager->addSystem(UISystem::create());
         manager->addSystem(ToolSystem::create());
         manager->setup();
+        // As the host wires them: the renderer closes the frame after the
+        // tools and outlives their font texture.
+        RenderSystem::getInstance()->addPostprocessDependency(ToolSystem::getInstance());
+        RenderSystem::getInstance()->addDestroyDependency(ToolSystem::getInstance());
         manager->order();
         for (int i = 0; i < kWindows; ++i) {
             UISystem::getInstance()->addWindow(new BenchWindow(i));

@@ -145,11 +145,20 @@ UISystem::UISystem()
     }
     setProcessEnable(true, true, true);
     makeKeyCodeTable();
+    if (Application* application = Application::getInstance()) {
+        application->addResizeListener(&Application::ResizeList::member<UISystem, &UISystem::notifyResize>, this);
+    }
     DEV_TRACE("UISystem : start.\n");
 }
 
 UISystem::~UISystem()
 {
+    if (Application* application = Application::getInstance()) {
+        application->removeResizeListener(this);
+    }
+    if (ViewSystem* views = ViewSystem::getInstance()) {
+        views->removeDrawer(this);
+    }
     // Windows still waiting for admission were never live: they only go.
     for (ObjectBase* window : mAddWindowList) {
         delete window;
@@ -166,6 +175,11 @@ void UISystem::setup()
 {
     addUpdateDependency(MouseSystem::getInstance());
     addUpdateDependency(KeyboardSystem::getInstance());
+    // The in-scene controls paint over the units of each game view.
+    if (ViewSystem* views = ViewSystem::getInstance()) {
+        views->addGameViewDrawer(ViewSystem::eDrawStage_Interface,
+                                 &ViewSystem::DrawerList::member<UISystem, &UISystem::draw>, this);
+    }
 }
 
 void UISystem::makePropertyList(PropertyList& list)
@@ -382,6 +396,12 @@ void UISystem::focus(UIBase* widget)
     if (widget != nullptr) {
         widget->sendMessage(UIFocusMessage());
     }
+}
+
+void UISystem::notifyResize(sRect const& rect)
+{
+    mpDesktop->setSize(rect.getSize());
+    resetLayout();
 }
 
 // Focus and capture go first and silently, so that the deactivation is the

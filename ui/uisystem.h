@@ -104,6 +104,9 @@ public:
     // The application window changed its bounds: no active window, and focus
     // and capture cleared without a message.
     void resetLayout();
+    // The window's resize notification: the desktop takes the new size, then
+    // resetLayout.
+    void notifyResize(sRect const& rect);
 
     // Notifications from widgets, so that no pointer here outlives its widget.
     void notifyInvalidate(UIBase* widget);

@@ -152,7 +152,13 @@ public:
         manager->addSystem(UISystem::create());
         manager->addSystem(ToolSystem::create());
         manager->setup();
+        // As the host wires them: the renderer closes the frame after the
+        // tools and outlives their font texture.
+        RenderSystem::getInstance()->addPostprocessDependency(ToolSystem::getInstance());
+        RenderSystem::getInstance()->addDestroyDependency(ToolSystem::getInstance());
         manager->order();
+        // As execute() does: window events reach the application.
+        platform::installEventHandler(sApplication->getWindowHandle(), &Application::eventHandler, sApplication);
     }
     void TearDown() override
     {

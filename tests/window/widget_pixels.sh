@@ -3,16 +3,10 @@
 # rectangle and over its later sibling, and the picture is the same pixel
 # for pixel with one job thread, with all of the machine's and with four.
 # Screenshots stay in $ARTIFACTS.
-BUILD="${2:?build folder}"
-PROBE="$BUILD/tests/widgetprobe/widgetprobe"
 source "$(dirname "$0")/lib/xsession.sh"
 source "$(dirname "$0")/lib/host.sh"
-[ -x "$PROBE" ] || fail "no probe program at $PROBE"
-start_x_session
-
-log="$ARTIFACTS/widget_pixels.stderr"
-start_host "$PROBE" "Harbor Widget Probe" "$log"
-wait_for_trace ' probe Active '
+start_widget_probe "${2:?build folder}" widget_pixels
+log="$HOST_LOG"
 # The pointer rests over the desktop, away from every widget.
 point_at 900 700
 sleep 0.5

@@ -15,6 +15,16 @@ start_host() {
   for _ in $(seq 200); do grep -q '^probe ready' "$3" && break; sleep 0.05; done
 }
 
+# start_widget_probe BUILD LOGNAME: the host with test widgets
+# (tests/widgetprobe) from the build folder, once its window is active.
+start_widget_probe() {
+  local probe="$1/tests/widgetprobe/widgetprobe"
+  [ -x "$probe" ] || fail "no probe program at $probe"
+  start_x_session
+  start_host "$probe" "Harbor Widget Probe" "$ARTIFACTS/$2.stderr"
+  wait_for_trace ' probe Active '
+}
+
 # wait_for_trace PATTERN [SECONDS]: until the log has a line matching the
 # extended regular expression, or fails.
 wait_for_trace() {
@@ -32,10 +42,12 @@ click_at() {
   xdotool mousedown "${3:-1}"; sleep 0.15
   xdotool mouseup "${3:-1}"; sleep 0.15
 }
-# Two presses well within the toolkit's 250 ms.
+# Two presses well within the toolkit's 250 ms, each held over a frame: a
+# press and release between two frames would go unseen.
 double_click_at() {
   point_at "$1" "$2"
-  xdotool click --repeat 2 --delay 80 "${3:-1}"; sleep 0.2
+  xdotool mousedown "${3:-1}"; sleep 0.05; xdotool mouseup "${3:-1}"; sleep 0.05
+  xdotool mousedown "${3:-1}"; sleep 0.05; xdotool mouseup "${3:-1}"; sleep 0.2
 }
 # type_keys KEY...: xdotool key names, each held over a few frames.
 type_keys() {
