@@ -46,8 +46,10 @@ click_at() {
 # press and release between two frames would go unseen.
 double_click_at() {
   point_at "$1" "$2"
-  xdotool mousedown "${3:-1}"; sleep 0.05; xdotool mouseup "${3:-1}"; sleep 0.05
-  xdotool mousedown "${3:-1}"; sleep 0.05; xdotool mouseup "${3:-1}"; sleep 0.2
+  # One xdotool run: starting a process per step could pass the 250 ms.
+  xdotool mousedown "${3:-1}" sleep 0.06 mouseup "${3:-1}" sleep 0.06 \
+    mousedown "${3:-1}" sleep 0.06 mouseup "${3:-1}"
+  sleep 0.2
 }
 # type_keys KEY...: xdotool key names, each held over a few frames.
 type_keys() {
