@@ -270,15 +270,9 @@ void UISystem::executeRemove()
     for (ObjectBase* object : mRemoveWindowList) {
         UIWindow* window = static_cast<UIWindow*>(object);
         window->sendMessage(message);
-        ObjectList::Iterator listed = mWindowList.find(window);
-        if (listed != mWindowList.end()) {
-            mWindowList.remove(listed);
-        }
+        mWindowList.remove(window);
         // Closed before it was admitted: it must not come back next frame.
-        ObjectList::Iterator pending = mAddWindowList.find(window);
-        if (pending != mAddWindowList.end()) {
-            mAddWindowList.remove(pending);
-        }
+        mAddWindowList.remove(window);
         if (mpFocus != nullptr && window->find(mpFocus) != nullptr) {
             mpFocus->sendMessage(UIDefocusMessage());
             mpFocus = nullptr;
@@ -287,7 +281,9 @@ void UISystem::executeRemove()
             mpCapture = nullptr;
         }
         if (window == mpActiveWindow) {
-            setActiveWindow(window->getOwnerWindow());
+            // An owner that went earlier in this batch is no longer listed.
+            UIWindow* owner = window->getOwnerWindow();
+            setActiveWindow(mWindowList.find(owner) != mWindowList.end() ? owner : nullptr);
         }
         if (window->isModalWindow()) {
             mModalWindowList.remove(window);

@@ -5,6 +5,7 @@
 #include "uitest.h"
 
 #include "input/keyboardsystem.h"
+#include "platform/cursor.h"
 #include "platform/window.h"
 #include "render/viewsystem.h"
 #include "ui/uidesktop.h"
@@ -300,6 +301,25 @@ TEST_F(UITest, TheDesktopIsTheLastHitAndAPressOnItLeavesNoActiveWindow)
     // Edges of a window hit: right and bottom are inside.
     click(200, 200);
     EXPECT_EQ(take("MouseDown"), "W:MouseDown(100,100/1)");
+
+    // The cursor follows the widget under the pointer in the same frame.
+    struct Case {
+        eCursor cursor;
+        sPoint pointer;
+        platform::eThemeCursor shown;
+    };
+    Case const cases[] = {
+        {eCursor_SplitLeftRight, sPoint(150, 150), platform::eThemeCursor_ResizeLeftRight},
+        {eCursor_SplitLeftRight, sPoint(300, 300), platform::eThemeCursor_Arrow}, // the desktop's
+        {eCursor_ClosedHand, sPoint(150, 150), platform::eThemeCursor_ClosedHand},
+        {eCursor_SizeGrip, sPoint(150, 151), platform::eThemeCursor_Arrow}, // no shape of its own
+    };
+    for (Case const& c : cases) {
+        window->setCursor(c.cursor);
+        move(c.pointer.x, c.pointer.y);
+        frame();
+        EXPECT_EQ(platform::getThemeCursor(), c.shown) << c.cursor;
+    }
 }
 
 TEST_F(UITest, ResetLayoutSendsOnlyTheDeactivation)
