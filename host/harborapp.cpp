@@ -19,6 +19,7 @@
 #include "serial/xmlreader.h"
 #include "serial/xmlwriter.h"
 #include "tool/toolsystem.h"
+#include "ui/uisystem.h"
 #include "unit/unitbase.h"
 #include "unit/unitsystem.h"
 
@@ -57,8 +58,7 @@ void HarborApp::setup()
     ResourceBase::setAllocator(memory->createAllocator(0x2000000, "Resource"));
     UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
 
-    // The Systems, each at its fixed place in the manager; those still
-    // missing (UISystem) join at theirs.
+    // The Systems, each at its fixed place in the manager.
     manager->addSystem(JobSystem::create(0x10000, getProcessorNum()));
     manager->addSystem(ResourceSystem::create());
     manager->addSystem(RenderSystem::create());
@@ -66,6 +66,7 @@ void HarborApp::setup()
     // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
     manager->addSystem(HIDSystem::create());
     manager->addSystem(ViewSystem::create());
+    manager->addSystem(UISystem::create());
     manager->addSystem(ToolSystem::create());
     manager->setup();
     wireSystems();
@@ -114,7 +115,10 @@ void HarborApp::update(float delta)
     }
 
     manager->update();
-    // UISystem::draw() comes here, between the phases.
+    // The widgets paint between the phases, after every System has updated.
+    if (UISystem* ui = UISystem::getInstance()) {
+        ui->draw();
+    }
     manager->postprocess();
     if (RenderSystem* renderSystem = RenderSystem::getInstance()) {
         renderSystem->executeCommand();

@@ -1,7 +1,6 @@
 #include "jobs/jobsystem.h"
 
 #include "foundation/debug.h"
-#include "reflection/objectlist.h"
 
 namespace {
 
@@ -226,11 +225,6 @@ void JobSystem::setJobThreadNum(u32 threadNum)
     deleteJobThreads();
     mJobThreadNum = threadNum;
     createJobThreads();
-}
-
-void JobSystem::makePropertyList(PropertyList& list)
-{
-    list.add(new IndirectProperty<u32>("JobThreadNum", this, &JobSystem::getJobThreadNum, &JobSystem::setJobThreadNum));
 }
 
 void JobSystem::setThreadUniqueData(u32 index, void* data)

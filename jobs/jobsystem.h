@@ -143,10 +143,6 @@ public:
     void setThreadUniqueData(u32 index, void* data);
     void* getThreadUniqueData(u32 index) const;
 
-    // "JobThreadNum" (setJobThreadNum/getJobThreadNum): a setting, kept in
-    // the settings file. The widget list will offer it as a parameter
-    // control limited to 1..16 once widgets exist.
-    void makePropertyList(PropertyList& list) override;
 
 protected:
     JobSystem(u32 jobHeapSize, u32 threadNum);
