@@ -81,7 +81,7 @@ public:
     };
 
     static constexpr u32 kVertexHeapSize = 16384;
-    // 1,024 entries as on 32-bit: pointers take 8 bytes here, not 4.
+    // 1,024 entries of one pointer (8 bytes) each.
     static constexpr u32 kEntryHeapSize = 1024 * sizeof(sCommand*);
 
     DrawContext();

@@ -196,8 +196,8 @@ private:
     // vertices: an address, or an offset into the vertex buffer while it is bound.
     void drawVertices(u32 primitive, u32 count, bool textured, void const* vertices);
 
-    // The window's context (AGL's context and its two pixel formats are one
-    // object with SDL; there is no p-buffer format to keep).
+    // The window's context: one SDL object holds the context and its pixel
+    // format; no p-buffer format is kept.
     platform::GLContext* mContext;
     unsigned int mFrameBuffer; // bound by setRenderTarget; made at start-up
     u16* mpQuadIndices;

@@ -20,7 +20,7 @@ ResourceSystem* ResourceSystem::mpInstance = nullptr;
 namespace {
 
 u32 const kPathMax = 2048;
-// sLoadData is three pointers: 12 bytes on the 32-bit original, 24 here.
+// sLoadData is three pointers: 24 bytes a block.
 u32 const kLoadBlockNum = ResourceSystem::kLoadQueueMax;
 
 // What resource properties need of this layer (see reflection/property.h).

@@ -12,8 +12,8 @@
 IMPLEMENT_TYPEINFO(ToolSystem, "System", TypeInfo::eAttribute_Singleton);
 ToolSystem* ToolSystem::mpInstance = nullptr;
 
-// The records with a pointer are four bytes longer than on 32-bit, where a
-// pointer took four: 52, 60, 40, 52 and 28 instead of 48, 56, 36, 48 and 24.
+// The records that hold a pointer take 8 bytes for it: 52, 60, 40, 52 and 28
+// bytes.
 static_assert(sizeof(ToolSystem::sDrawLineFCommand) == 24, "record size");
 static_assert(sizeof(ToolSystem::sDrawLineGCommand) == 28, "record size");
 static_assert(sizeof(ToolSystem::sDrawTriangleFCommand) == 32, "record size");
