@@ -4,6 +4,8 @@
 // safe); the GPAllocator is also measured without its lock.
 #include <benchmark/benchmark.h>
 
+#include "machineload.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <random>
@@ -139,4 +141,4 @@ BENCHMARK(BM_GPAllocatorNoLock_Shuffled)->Apply(sizes);
 BENCHMARK(BM_BlockAllocator_Shuffled)->Apply(sizes);
 BENCHMARK(BM_InstantAllocator_BumpClear)->Apply(sizes);
 
-BENCHMARK_MAIN();
+HARBOR_BENCHMARK_MAIN()

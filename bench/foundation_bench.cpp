@@ -2,6 +2,8 @@
 // AutoString copy and assignment, Map::find, List churn.
 #include <benchmark/benchmark.h>
 
+#include "machineload.h"
+
 #include <algorithm>
 #include <list>
 #include <map>
@@ -196,4 +198,4 @@ BENCHMARK(SortedVectorLowerBound);
 BENCHMARK(ListChurn);
 BENCHMARK(StdListChurn);
 
-BENCHMARK_MAIN();
+HARBOR_BENCHMARK_MAIN()

@@ -4,6 +4,8 @@
 // calling the same out-of-line body.
 #include <benchmark/benchmark.h>
 
+#include "machineload.h"
+
 #include <algorithm>
 #include <chrono>
 #include <vector>
@@ -124,6 +126,7 @@ int main(int argc, char** argv)
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
+    reportMachineLoad();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     if (JobSystem::getInstance() != nullptr) {

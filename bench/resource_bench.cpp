@@ -5,6 +5,8 @@
 // by the measured route (the TGA, or the native file), over wall time.
 #include <benchmark/benchmark.h>
 
+#include "machineload.h"
+
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -107,6 +109,7 @@ int main(int argc, char** argv)
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
+    reportMachineLoad();
     // The host's heaps and its headless form: String, Temp and Resource.
     platform::setHeadless(true);
     AutoString::setAllocator(new GPAllocator(0x200000, "String", nullptr, 32, true));

@@ -16,6 +16,8 @@
 // in the shuffled case sorts them each frame.
 #include <benchmark/benchmark.h>
 
+#include "machineload.h"
+
 #include <SDL2/SDL.h>
 
 #include <algorithm>
@@ -452,6 +454,7 @@ int main(int argc, char** argv)
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
+    reportMachineLoad();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     Harness::end();

@@ -11,6 +11,8 @@
 // makes no GL calls.
 #include <benchmark/benchmark.h>
 
+#include "machineload.h"
+
 #include <algorithm>
 #include <chrono>
 #include <ctime>
@@ -231,6 +233,7 @@ int main(int argc, char** argv)
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
+    reportMachineLoad();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     Harness::end();

@@ -4,6 +4,8 @@
 // the same file for comparison. Throughput is reported as bytes per second.
 #include <benchmark/benchmark.h>
 
+#include "machineload.h"
+
 #include <cstdio>
 #include <string>
 
@@ -224,4 +226,4 @@ BENCHMARK(BM_TinyXml2ParseAndWalk)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
-BENCHMARK_MAIN();
+HARBOR_BENCHMARK_MAIN()

@@ -1,7 +1,5 @@
 #include "foundation/multithread.h"
 
-#include <chrono>
-
 #include "foundation/debug.h"
 #include "platform/platform.h"
 #include "platform/thread.h"
@@ -35,52 +33,116 @@ int getNice(u32 weight)
 } // namespace
 
 // ---------------------------------------------------------------------------
-Event::Event() : mSignalled(false) {}
+namespace {
+
+// Polls ready() for up to the given time, checking the clock now and then.
+// It never yields: on a busy machine a yield gives the rest of the time slice
+// to another process, which costs far more than the short poll.
+template <typename Ready>
+bool spinUntil(u32 microseconds, Ready ready)
+{
+    if (microseconds == 0) {
+        return false;
+    }
+    u64 const end = platform::getCount() + static_cast<u64>(microseconds) * 1000u;
+    for (;;) {
+        for (int i = 0; i < 64; ++i) {
+            if (ready()) {
+                return true;
+            }
+            platform::pauseProcessor();
+        }
+        if (platform::getCount() >= end) {
+            return false;
+        }
+    }
+}
+
+} // namespace
+
+// The sleeper count and the word are both sequentially consistent: a setter
+// either sees the sleeper and wakes it, or the sleeper sees the new word and
+// does not sleep (and the kernel re-checks the word on the way in).
+Event::Event() : mSignalled(0), mSleepers(0) {}
 
 void Event::set()
 {
-    {
-        std::lock_guard<std::mutex> guard(mMutex);
-        mSignalled = true;
+    mSignalled.store(1);
+    if (mSleepers.load() != 0) {
+        platform::wakeAddress(&mSignalled, 1);
     }
-    mCondition.notify_one();
 }
 
-int Event::wait(u32 milliseconds)
+int Event::waitSpinning(u32 milliseconds, u32 spinMicroseconds)
 {
     if (milliseconds > kMaximumWait) {
         milliseconds = kMaximumWait;
     }
-    std::unique_lock<std::mutex> guard(mMutex);
-    if (!mCondition.wait_for(guard, std::chrono::milliseconds(milliseconds), [this] { return mSignalled; })) {
-        return 1;
+    auto take = [this] { return mSignalled.load(std::memory_order_relaxed) != 0 && mSignalled.exchange(0) != 0; };
+    if (take() || spinUntil(spinMicroseconds, take)) {
+        return 0;
     }
-    mSignalled = false;
-    return 0;
+    u64 const end = platform::getCount() + static_cast<u64>(milliseconds) * 1000000u;
+    for (;;) {
+        u64 const now = platform::getCount();
+        if (now >= end) {
+            return 1;
+        }
+        u64 const left = (end - now + 999999u) / 1000000u;
+        mSleepers.fetch_add(1);
+        if (mSignalled.load() == 0) {
+            platform::waitOnAddress(&mSignalled, 0, static_cast<u32>(left));
+        }
+        mSleepers.fetch_sub(1);
+        if (take()) {
+            return 0;
+        }
+    }
 }
 
 // ---------------------------------------------------------------------------
-Semaphore::Semaphore(u32 maximum, u32 initial) : mMaximum(maximum), mCount(initial) {}
+Semaphore::Semaphore(u32 maximum, u32 initial) : mCount(initial), mSleepers(0), mMaximum(maximum) {}
 
 bool Semaphore::signal()
 {
-    {
-        std::lock_guard<std::mutex> guard(mMutex);
-        if (mCount >= mMaximum) {
+    u32 count = mCount.load(std::memory_order_relaxed);
+    do {
+        if (count >= mMaximum) {
             return false;
         }
-        ++mCount;
+    } while (!mCount.compare_exchange_weak(count, count + 1));
+    if (mSleepers.load() != 0) {
+        platform::wakeAddress(&mCount, 1);
     }
-    mCondition.notify_one();
     return true;
 }
 
-bool Semaphore::wait()
+bool Semaphore::tryTake()
 {
-    std::unique_lock<std::mutex> guard(mMutex);
-    mCondition.wait(guard, [this] { return mCount > 0; });
-    --mCount;
-    return true;
+    u32 count = mCount.load(std::memory_order_relaxed);
+    while (count != 0) {
+        if (mCount.compare_exchange_weak(count, count - 1)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Semaphore::waitSpinning(u32 spinMicroseconds)
+{
+    if (tryTake() || spinUntil(spinMicroseconds, [this] { return tryTake(); })) {
+        return true;
+    }
+    for (;;) {
+        mSleepers.fetch_add(1);
+        if (mCount.load() == 0) {
+            platform::waitOnAddress(&mCount, 0, 0xFFFFFFFF);
+        }
+        mSleepers.fetch_sub(1);
+        if (tryTake()) {
+            return true;
+        }
+    }
 }
 
 // ---------------------------------------------------------------------------

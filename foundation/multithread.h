@@ -5,8 +5,6 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 
 #include "foundation/types.h"
 
@@ -31,19 +29,25 @@ private:
     std::atomic<int> mValue;
 };
 
+// A bounded count on one futex word. signal() makes a system call only when
+// a thread is asleep in wait(); a waiter that spins first takes a signal
+// that comes soon without sleeping at all.
 class Semaphore {
 public:
     Semaphore(u32 maximum, u32 initial);
     // False when the count is already at its maximum (the signal is lost).
     bool signal();
     // Waits without limit; true once a count was taken.
-    bool wait();
+    bool wait() { return waitSpinning(0); }
+    // The same, polling the count for up to spinMicroseconds before sleeping.
+    bool waitSpinning(u32 spinMicroseconds);
 
 private:
-    std::mutex mMutex;
-    std::condition_variable mCondition;
+    bool tryTake();
+
+    std::atomic<u32> mCount;
+    std::atomic<u32> mSleepers;
     u32 mMaximum;
-    u32 mCount;
 };
 
 // Re-entrant: the owning thread may enter again and must leave as often.
@@ -106,19 +110,21 @@ private:
     Semaphore mSemaphore;
 };
 
-// Auto-reset: one waiter takes a set() and the event is clear again.
+// Auto-reset: one waiter takes a set() and the event is clear again. Like
+// Semaphore, set() makes a system call only when a waiter sleeps.
 class Event {
 public:
     Event();
     void set();
     // 0 when signalled, 1 on time-out. Time-outs above 0x7FFFFFFE ms are
     // used as 0x7FFFFFFE, so "0xFFFFFFFF" waits some 24 days, not for ever.
-    int wait(u32 milliseconds);
+    int wait(u32 milliseconds) { return waitSpinning(milliseconds, 0); }
+    // The same, polling for up to spinMicroseconds before sleeping.
+    int waitSpinning(u32 milliseconds, u32 spinMicroseconds);
 
 private:
-    std::mutex mMutex;
-    std::condition_variable mCondition;
-    bool mSignalled;
+    std::atomic<u32> mSignalled;
+    std::atomic<u32> mSleepers;
 };
 
 // For sections of a few instructions only (the block allocator's stack).

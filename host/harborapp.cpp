@@ -17,6 +17,7 @@
 #include "resource/resourcebase.h"
 #include "resource/resourcesystem.h"
 #include "tool/toolsystem.h"
+#include "ui/uisystem.h"
 #include "unit/unitbase.h"
 #include "unit/unitsystem.h"
 
@@ -67,6 +68,7 @@ void HarborApp::setup()
     // Its constructor adds MouseSystem and KeyboardSystem first, so it stands behind them.
     manager->addSystem(HIDSystem::create());
     manager->addSystem(ViewSystem::create());
+    manager->addSystem(UISystem::create());
     manager->addSystem(ToolSystem::create());
     manager->setup();
     wireSystems();
@@ -115,6 +117,10 @@ void HarborApp::update(float delta)
     }
 
     manager->update();
+    // The widgets paint between the phases, after every System has updated.
+    if (UISystem* ui = UISystem::getInstance()) {
+        ui->draw();
+    }
     manager->postprocess();
     if (RenderSystem* renderSystem = RenderSystem::getInstance()) {
         renderSystem->executeCommand();

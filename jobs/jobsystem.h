@@ -21,7 +21,7 @@ public:
     static void operator delete(void*) {}
 };
 
-// A resumable loop: execute() does one step and returns true while there is more.
+// A resumable loop: execute() does some steps and returns true while there is more.
 class LoopJobBase {
 public:
     virtual ~LoopJobBase() {}
@@ -69,14 +69,27 @@ public:
         : mpObject(object), mFunction(function), mpUser(user), mCurrent(current), mEnd(end), mStep(step)
     {
     }
+    // The whole slice in one call, with the index in a register: loop jobs
+    // of neighbouring threads share cache lines in the job heap, and a
+    // virtual call per index would cost more than a trivial body. The count
+    // of steps is known first, so that the index never steps past end.
     bool execute() override
     {
         if (!(mCurrent < mEnd)) {
             return false;
         }
-        (mpObject->*mFunction)(mCurrent, mpUser);
-        mCurrent += mStep;
-        return true;
+        T* const object = mpObject;
+        Function const function = mFunction;
+        void* const user = mpUser;
+        I const step = mStep;
+        I index = mCurrent;
+        for (I left = (mEnd - mCurrent - I(1)) / step; left > I(0); --left) {
+            (object->*function)(index, user);
+            index += step;
+        }
+        (object->*function)(index, user);
+        mCurrent = mEnd;
+        return false;
     }
 
 private:
@@ -129,10 +142,6 @@ public:
     void setThreadUniqueData(u32 index, void* data);
     void* getThreadUniqueData(u32 index) const;
 
-    // "JobThreadNum" (setJobThreadNum/getJobThreadNum): a setting, kept in
-    // the settings file. The widget list will offer it as a parameter
-    // control limited to 1..16 once widgets exist.
-    void makePropertyList(PropertyList& list) override;
 
 protected:
     JobSystem(u32 jobHeapSize, u32 threadNum);
@@ -141,7 +150,13 @@ protected:
 private:
     friend class JobThread;
 
-    JobBase* getJob();
+    // Claims the next run of jobs [first, last) from the shared index:
+    // a share of what is left, so that a thread takes neighbouring jobs
+    // (neighbouring units, whose lines it then keeps) and asks seldom,
+    // down to one job at a time near the end. False when none is left.
+    bool takeJobs(u32& first, u32& last);
+    // Runs claimed jobs until none is left, then endJob().
+    void runJobs(void* uniqueData);
     void endJob();
     void clearJobQueue();
     void createJobThreads();
@@ -153,8 +168,13 @@ private:
     InstantAllocator* mpJobAllocator;
     void* mUniqueData;
     u32 mJobThreadNum;
+    // The two counters are written by every thread in a batch: each gets
+    // a cache line of its own, away from the fields read per claim.
+    u8 mPadIndex[64];
     Atomic mJobIndex;
+    u8 mPadEnd[64];
     Atomic mEndCount;
+    u8 mPadEvent[64];
     Event mEndEvent;
 
     static JobSystem* mpInstance;

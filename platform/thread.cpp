@@ -1,6 +1,8 @@
 #include "platform/thread.h"
 
+#include <linux/futex.h>
 #include <pthread.h>
+#include <time.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -67,6 +69,24 @@ void setThreadNice(u32 threadId, int nice)
 {
     // On Linux the niceness of PRIO_PROCESS with a thread id is per thread.
     setpriority(PRIO_PROCESS, static_cast<id_t>(threadId), nice);
+}
+
+void waitOnAddress(std::atomic<u32>* word, u32 expected, u32 milliseconds)
+{
+    static_assert(sizeof(std::atomic<u32>) == sizeof(u32), "futex word");
+    timespec timeout;
+    timespec* limit = nullptr;
+    if (milliseconds != 0xFFFFFFFF) {
+        timeout.tv_sec = static_cast<time_t>(milliseconds / 1000);
+        timeout.tv_nsec = static_cast<long>(milliseconds % 1000) * 1000000L;
+        limit = &timeout;
+    }
+    syscall(SYS_futex, reinterpret_cast<u32*>(word), FUTEX_WAIT_PRIVATE, expected, limit, nullptr, 0);
+}
+
+void wakeAddress(std::atomic<u32>* word, u32 count)
+{
+    syscall(SYS_futex, reinterpret_cast<u32*>(word), FUTEX_WAKE_PRIVATE, static_cast<int>(count), nullptr, nullptr, 0);
 }
 
 } // namespace platform

@@ -3,6 +3,8 @@
 // pthreads; everything else goes through Thread. Callable from any thread.
 #pragma once
 
+#include <atomic>
+
 #include "foundation/types.h"
 
 namespace platform {
@@ -20,5 +22,22 @@ u32 getCurrentThreadId();
 // Sets the niceness of one thread; quietly does nothing where the system
 // refuses (lowering niceness needs privileges).
 void setThreadNice(u32 threadId, int nice);
+
+// Sleeps while *word holds expected, until wakeAddress on the same word or
+// the time-out (milliseconds; 0xFFFFFFFF for none). May return early for no
+// reason: callers test their condition again.
+void waitOnAddress(std::atomic<u32>* word, u32 expected, u32 milliseconds);
+// Wakes up to count threads sleeping in waitOnAddress on word.
+void wakeAddress(std::atomic<u32>* word, u32 count);
+
+// A hint to the processor inside a spin loop.
+inline void pauseProcessor()
+{
+#if defined(__x86_64__) || defined(__i386__)
+    __builtin_ia32_pause();
+#elif defined(__aarch64__)
+    asm volatile("yield");
+#endif
+}
 
 } // namespace platform

@@ -4,12 +4,9 @@
 
 namespace gl {
 
-PFNGLBLENDEQUATIONPROC BlendEquation = nullptr;
-PFNGLGENFRAMEBUFFERSEXTPROC GenFramebuffersEXT = nullptr;
-PFNGLDELETEFRAMEBUFFERSEXTPROC DeleteFramebuffersEXT = nullptr;
-PFNGLBINDFRAMEBUFFEREXTPROC BindFramebufferEXT = nullptr;
-PFNGLFRAMEBUFFERTEXTURE2DEXTPROC FramebufferTexture2DEXT = nullptr;
-PFNGLCHECKFRAMEBUFFERSTATUSEXTPROC CheckFramebufferStatusEXT = nullptr;
+#define HARBOR_GL_DEFINE(type, name, text) type name = nullptr;
+HARBOR_GL_FUNCTIONS(HARBOR_GL_DEFINE)
+#undef HARBOR_GL_DEFINE
 
 namespace {
 
@@ -25,12 +22,9 @@ bool load(T& function, char const* name)
 bool loadFunctions()
 {
     bool found = true;
-    found &= load(BlendEquation, "glBlendEquation");
-    found &= load(GenFramebuffersEXT, "glGenFramebuffersEXT");
-    found &= load(DeleteFramebuffersEXT, "glDeleteFramebuffersEXT");
-    found &= load(BindFramebufferEXT, "glBindFramebufferEXT");
-    found &= load(FramebufferTexture2DEXT, "glFramebufferTexture2DEXT");
-    found &= load(CheckFramebufferStatusEXT, "glCheckFramebufferStatusEXT");
+#define HARBOR_GL_LOAD(type, name, text) found &= load(name, text);
+    HARBOR_GL_FUNCTIONS(HARBOR_GL_LOAD)
+#undef HARBOR_GL_LOAD
     return found;
 }
 

@@ -74,6 +74,10 @@ RenderSystem::RenderSystem(u32 commandBufferSize)
       mBuildFrame(0),
       mExecuteFrame(0),
       mScissorTest(false),
+      mTexcoordArray(false),
+      mVertexBuffer(0),
+      mIndexBuffer(0),
+      mVertexBufferSize(0),
       mSortSource(0),
       mSortCount(0),
       mSortWidth(0)
@@ -152,6 +156,18 @@ void RenderSystem::init(u32 commandBufferSize)
         index[4] = static_cast<u16>(base + 2);
         index[5] = static_cast<u16>(base + 3);
     }
+    if (mContext != nullptr) {
+        // Vertices never take more than the command memory that holds them.
+        mVertexBufferSize = commandBufferSize;
+        gl::GenBuffers(1, &mVertexBuffer);
+        gl::BindBuffer(GL_ARRAY_BUFFER, mVertexBuffer);
+        gl::BufferData(GL_ARRAY_BUFFER, mVertexBufferSize, nullptr, GL_STREAM_DRAW);
+        gl::BindBuffer(GL_ARRAY_BUFFER, 0);
+        gl::GenBuffers(1, &mIndexBuffer);
+        gl::BindBuffer(GL_ELEMENT_ARRAY_BUFFER, mIndexBuffer);
+        gl::BufferData(GL_ELEMENT_ARRAY_BUFFER, kQuadMax * 6 * sizeof(u16), mpQuadIndices, GL_STATIC_DRAW);
+        gl::BindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    }
     mpCommandAllocator = new InstantAllocator(commandBufferSize, "CommandBuffer", System::getAllocator(), true);
     for (u32 i = 0; i < 2; ++i) {
         mpCommandEntry[i] = static_cast<sCommand**>(System::allocate(kCommandEntryMax * sizeof(sCommand*)));
@@ -178,6 +194,8 @@ void RenderSystem::cleanUp()
     }
     if (mContext != nullptr) {
         gl::DeleteFramebuffersEXT(1, &mFrameBuffer);
+        gl::DeleteBuffers(1, &mVertexBuffer);
+        gl::DeleteBuffers(1, &mIndexBuffer);
         platform::destroyGLContext(mContext);
         mContext = nullptr;
     }
@@ -322,8 +340,13 @@ void RenderSystem::deleteInvalidObjects()
 }
 
 // ---------------------------------------------------------------------------
-// Sorting: a merge sort on the keys over the two entry arrays. Each pass is
-// one batch of loop jobs over disjoint ranges; passes are joined by the batch.
+// Sorting: a merge sort on the keys over the two entry arrays, runs of 4
+// first, then widths 8, 16, ... until one run holds all; each pass reads one
+// array and writes the other. The passes up to the block size run inside one
+// batch, a block per loop iteration, each block through all of them while it
+// is hot; each wider pass is one batch whose iterations each write a segment
+// of the output, starting at the split of the two runs that a binary search
+// finds. The result is the stable merge sort's in either case.
 
 void RenderSystem::sortCommandBuffer()
 {
@@ -335,52 +358,97 @@ void RenderSystem::sortCommandBuffer()
     }
 
     // A pass over a few thousand entries takes microseconds, less than waking
-    // the workers; only a longer table is worth its fork and join per pass.
-    // The passes and their result are the same either way.
+    // the workers; only a longer table is worth its fork and join per batch.
     JobSystem* jobs = count >= kParallelSortMin ? JobSystem::getInstance() : nullptr;
-    mSortCount = count;
-    mSortSource = 0;
-    u32 iterations = (count + 3) / 4;
-    if (jobs != nullptr) {
-        jobs->executeLoopJob(this, &RenderSystem::sortCommandJob4, 0u, iterations, nullptr);
-    } else {
-        for (u32 i = 0; i < iterations; ++i) {
-            sortCommandJob4(i, nullptr);
-        }
-    }
-
-    for (u32 width = 8; width / 2 < count; width *= 2) {
-        mSortSource ^= 1; // the arrays swap their roles
-        mSortWidth = width;
-        iterations = (count + width - 1) / width;
+    auto run = [this, jobs](void (RenderSystem::*job)(u32, void*), u32 iterations) {
         if (jobs != nullptr) {
-            jobs->executeLoopJob(this, &RenderSystem::sortCommandJob, 0u, iterations, nullptr);
+            jobs->executeLoopJob(this, job, 0u, iterations, nullptr);
         } else {
             for (u32 i = 0; i < iterations; ++i) {
-                sortCommandJob(i, nullptr);
+                (this->*job)(i, nullptr);
             }
         }
+    };
+    mSortCount = count;
+    run(&RenderSystem::sortCommandBlockJob, (count + kSortBlock - 1) / kSortBlock);
+    // Where the block passes left the entries: one pass of 4, then one per
+    // width up to the block size or the last width needed.
+    mSortSource = 1;
+    u32 width = 8;
+    for (; width <= kSortBlock && width / 2 < count; width *= 2) {
+        mSortSource ^= 1;
     }
-    mpSortedEntry = mpCommandEntry[mSortSource ^ 1];
+    for (; width / 2 < count; width *= 2) {
+        mSortWidth = width;
+        run(&RenderSystem::sortCommandSegmentJob, (count + kSortBlock - 1) / kSortBlock);
+        mSortSource ^= 1;
+    }
+    mpSortedEntry = mpCommandEntry[mSortSource];
 }
 
-void RenderSystem::sortCommandJob4(u32 index, void*)
+// One block through the pass of 4 and every pass up to the block's width.
+void RenderSystem::sortCommandBlockJob(u32 index, void*)
 {
-    u32 const start = index * 4;
-    u32 const rest = mSortCount - start;
-    u32 const from = mSortSource;
-    u32 const to = from ^ 1;
-    sortCommandEach4(mpCommandEntry[to] + start, mpCommandKey[to] + start, mpCommandEntry[from] + start,
-                     mpCommandKey[from] + start, rest < 4 ? rest : 4);
+    u32 const start = index * kSortBlock;
+    u32 const size = mSortCount - start < kSortBlock ? mSortCount - start : kSortBlock;
+    for (u32 group = 0; group < size; group += 4) {
+        u32 const rest = size - group;
+        sortCommandEach4(mpCommandEntry[1] + start + group, mpCommandKey[1] + start + group,
+                         mpCommandEntry[0] + start + group, mpCommandKey[0] + start + group, rest < 4 ? rest : 4);
+    }
+    u32 from = 1;
+    for (u32 width = 8; width <= kSortBlock && width / 2 < mSortCount; width *= 2) {
+        u32 const to = from ^ 1;
+        for (u32 run = 0; run < size; run += width) {
+            sortCommandEach(mpCommandEntry[to] + start + run, mpCommandKey[to] + start + run,
+                            mpCommandEntry[from] + start + run, mpCommandKey[from] + start + run, width, size - run);
+        }
+        from = to;
+    }
 }
 
-void RenderSystem::sortCommandJob(u32 index, void*)
+// One segment of a wide pass's output. The segment lies inside one merge (the
+// width is a multiple of the segment); it begins where the first `offset`
+// outputs of that merge end: after i entries of the left run and offset - i
+// of the right one, with i the least count for which the next left entry
+// would not come before the last right one taken.
+void RenderSystem::sortCommandSegmentJob(u32 index, void*)
 {
-    u32 const start = index * mSortWidth;
     u32 const from = mSortSource;
     u32 const to = from ^ 1;
-    sortCommandEach(mpCommandEntry[to] + start, mpCommandKey[to] + start, mpCommandEntry[from] + start,
-                    mpCommandKey[from] + start, mSortWidth, mSortCount - start);
+    u32 const width = mSortWidth;
+    u32 const half = width / 2;
+    u32 const position = index * kSortBlock;
+    u32 const size = mSortCount - position < kSortBlock ? mSortCount - position : kSortBlock;
+    u32 const start = position - position % width;
+    u32 const remaining = mSortCount - start;
+    sCommand** const destination = mpCommandEntry[to] + position;
+    u32* const destinationKey = mpCommandKey[to] + position;
+    if (remaining <= half) {
+        memcpy(destination, mpCommandEntry[from] + position, size * sizeof(sCommand*));
+        memcpy(destinationKey, mpCommandKey[from] + position, size * sizeof(u32));
+        return;
+    }
+    sCommand* const* const left = mpCommandEntry[from] + start;
+    u32 const* const leftKey = mpCommandKey[from] + start;
+    u32 const rightCount = (remaining < width ? remaining : width) - half;
+    sCommand* const* const right = left + half;
+    u32 const* const rightKey = leftKey + half;
+    u32 const offset = position - start;
+    u32 low = offset > rightCount ? offset - rightCount : 0;
+    u32 high = offset < half ? offset : half;
+    while (low < high) {
+        u32 const i = low + (high - low) / 2;
+        // The left entry i is taken before the right entry offset - i - 1
+        // (a tie goes left): more of the left run lies before the segment.
+        if (leftKey[i] <= rightKey[offset - i - 1]) {
+            low = i + 1;
+        } else {
+            high = i;
+        }
+    }
+    mergeCommandRuns(destination, destinationKey, left + low, leftKey + low, half - low, right + (offset - low),
+                     rightKey + (offset - low), rightCount - (offset - low), size);
 }
 
 // A fixed network of neighbour exchanges, each swapping only on a strictly
@@ -439,24 +507,32 @@ void RenderSystem::sortCommandEach(sCommand** destination, u32* destinationKey, 
         memcpy(destinationKey, sourceKey, remaining * sizeof(u32));
         return;
     }
-    u32 const leftCount = half;
     u32 const rightCount = (remaining < width ? remaining : width) - half;
-    sCommand* const* const right = source + half;
-    u32 const* const rightKey = sourceKey + half;
+    mergeCommandRuns(destination, destinationKey, source, sourceKey, half, source + half, sourceKey + half, rightCount,
+                     half + rightCount);
+}
+
+void RenderSystem::mergeCommandRuns(sCommand** destination, u32* destinationKey, sCommand* const* left,
+                                    u32 const* leftKey, u32 leftCount, sCommand* const* right, u32 const* rightKey,
+                                    u32 rightCount, u32 outputCount)
+{
     u32 i = 0;
     u32 j = 0;
     // Without branches on the keys, which are as good as random: the left run
     // wins a tie, the right one is taken only on a strictly smaller key. The
     // selection is by mask, so that no compiler turns it into a jump.
-    while (i < leftCount && j < rightCount) {
-        // Steps that cannot run either run dry need no test of their own.
+    while (i < leftCount && j < rightCount && outputCount != 0) {
+        // Steps that cannot run either run dry, nor past the output, need no
+        // test of their own.
         u32 steps = leftCount - i < rightCount - j ? leftCount - i : rightCount - j;
+        steps = steps < outputCount ? steps : outputCount;
+        outputCount -= steps;
         do {
-            u32 const a = sourceKey[i];
+            u32 const a = leftKey[i];
             u32 const b = rightKey[j];
             u32 const takeRight = b < a ? 1u : 0u;
             std::uintptr_t const mask = 0u - static_cast<std::uintptr_t>(takeRight);
-            std::uintptr_t const l = reinterpret_cast<std::uintptr_t>(source[i]);
+            std::uintptr_t const l = reinterpret_cast<std::uintptr_t>(left[i]);
             std::uintptr_t const r = reinterpret_cast<std::uintptr_t>(right[j]);
             *destination++ = reinterpret_cast<sCommand*>((l & ~mask) | (r & mask));
             *destinationKey++ = (a & ~static_cast<u32>(mask)) | (b & static_cast<u32>(mask));
@@ -464,17 +540,55 @@ void RenderSystem::sortCommandEach(sCommand** destination, u32* destinationKey, 
             i += 1u - takeRight;
         } while (--steps != 0);
     }
-    memcpy(destination, source + i, (leftCount - i) * sizeof(sCommand*));
-    memcpy(destinationKey, sourceKey + i, (leftCount - i) * sizeof(u32));
-    destination += leftCount - i;
-    destinationKey += leftCount - i;
-    memcpy(destination, right + j, (rightCount - j) * sizeof(sCommand*));
-    memcpy(destinationKey, rightKey + j, (rightCount - j) * sizeof(u32));
+    u32 const leftRest = leftCount - i < outputCount ? leftCount - i : outputCount;
+    memcpy(destination, left + i, leftRest * sizeof(sCommand*));
+    memcpy(destinationKey, leftKey + i, leftRest * sizeof(u32));
+    destination += leftRest;
+    destinationKey += leftRest;
+    outputCount -= leftRest;
+    u32 const rightRest = rightCount - j < outputCount ? rightCount - j : outputCount;
+    memcpy(destination, right + j, rightRest * sizeof(sCommand*));
+    memcpy(destinationKey, rightKey + j, rightRest * sizeof(u32));
 }
 
 // ---------------------------------------------------------------------------
 // Replay
 
+namespace {
+
+u32 const kCountMask = 0xFFFFu << sDrawCommand::eShiftCount;
+
+// Vertices a primitive uses whole: a batch whose count is a multiple may be
+// followed in the same draw call by the next one.
+u32 const kPrimitiveUnit[4] = {1, 2, 3, 4};
+
+u32 getVertexStride(sDrawCommand const* draw)
+{
+    return draw->isTextured() ? sizeof(sOutputTexturedVertex) : sizeof(sOutputVertex);
+}
+
+// True when draw can go into the same draw call as the run that begins with
+// first and holds count vertices: the same state in every field, and the
+// primitives of the run all whole. Such a draw would change no state.
+bool canJoinRun(sDrawCommand const* first, u32 count, sDrawCommand const* draw, u32 quadMax)
+{
+    if (((first->mBits ^ draw->mBits) & ~kCountMask) != 0 || first->mpTexture != draw->mpTexture ||
+        first->mpTarget != draw->mpTarget || first->mViewport != draw->mViewport || first->mScissor != draw->mScissor ||
+        first->mProjection != draw->mProjection) {
+        return false;
+    }
+    u32 const primitive = first->getPrimitiveType();
+    if (count % kPrimitiveUnit[primitive] != 0) {
+        return false;
+    }
+    return primitive != ePrimitiveType_Quad || count + draw->getVertexCount() <= quadMax * 4;
+}
+
+} // namespace
+
+// Draw commands that follow each other with the same state are drawn as one
+// run: their vertices lie one behind the other in the vertex buffer, so the
+// run is one draw call, and the state cache sees only its first command.
 void RenderSystem::executeCommand()
 {
     sRect const window = getWindowRect();
@@ -488,18 +602,33 @@ void RenderSystem::executeCommand()
     u32 filtering = 2; // unknown
     u32 combine = 2;   // unknown
     bool const gl = mContext != nullptr;
+    bool streamed = false;
 
     if (gl) {
         beginScene();
         setViewport(viewport, clip);
         setScissor(scissor, clip);
         setProjection(projection);
+        streamed = uploadVertices();
     }
     mDrawCount = 0;
+
+    sDrawCommand const* run = nullptr; // first command of the run not yet drawn
+    u32 runCount = 0;                  // its vertices
+    std::uintptr_t runOffset = 0;      // where they start in the vertex buffer
+    std::uintptr_t streamOffset = 0;   // where the next command's vertices are
+    auto drawRun = [&]() {
+        if (gl && run != nullptr) {
+            void const* vertices = streamed ? reinterpret_cast<void const*>(runOffset) : run->mpVertices;
+            drawVertices(run->getPrimitiveType(), runCount, run->isTextured(), vertices);
+        }
+        run = nullptr;
+    };
 
     for (sCommand* const* entry = mpSortedEntry; entry != nullptr && (*entry)->mType != sCommand::eType_End; ++entry) {
         sCommand* const command = *entry;
         if (command->mType == sCommand::eType_Clear) {
+            drawRun();
             sClearCommand const* clearCommand = static_cast<sClearCommand const*>(command);
             if (clearCommand->mpTarget != target) {
                 target = clearCommand->mpTarget;
@@ -519,6 +648,16 @@ void RenderSystem::executeCommand()
         }
 
         sDrawCommand const* draw = static_cast<sDrawCommand const*>(command);
+        u32 const count = draw->getVertexCount();
+        u32 const bytes = count * getVertexStride(draw);
+        ++mDrawCount;
+        if (run != nullptr && streamed && canJoinRun(run, runCount, draw, kQuadMax)) {
+            runCount += count;
+            streamOffset += bytes;
+            continue;
+        }
+        drawRun();
+
         // A draw changes the target without the clip: the first command
         // into a target is expected to be its clear.
         if (draw->mpTarget != target) {
@@ -586,17 +725,50 @@ void RenderSystem::executeCommand()
                 setProjection(projection);
             }
         }
-        if (gl) {
-            drawVertices(draw->getPrimitiveType(), draw->getVertexCount(), draw->isTextured(), draw->mpVertices);
-        }
-        ++mDrawCount;
+        run = draw;
+        runCount = count;
+        runOffset = streamOffset;
+        streamOffset += bytes;
     }
+    drawRun();
 
     if (gl) {
         endScene();
     }
     deleteInvalidObjects();
     ++mExecuteFrame;
+}
+
+bool RenderSystem::uploadVertices()
+{
+    u32 total = 0;
+    for (sCommand* const* entry = mpSortedEntry; entry != nullptr && (*entry)->mType != sCommand::eType_End; ++entry) {
+        if ((*entry)->mType == sCommand::eType_Draw) {
+            sDrawCommand const* draw = static_cast<sDrawCommand const*>(*entry);
+            total += draw->getVertexCount() * getVertexStride(draw);
+        }
+    }
+    gl::BindBuffer(GL_ARRAY_BUFFER, mVertexBuffer);
+    u8* out = total <= mVertexBufferSize && total != 0 ? static_cast<u8*>(gl::MapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY))
+                                                        : nullptr;
+    if (out == nullptr) {
+        gl::BindBuffer(GL_ARRAY_BUFFER, 0);
+        return false;
+    }
+    for (sCommand* const* entry = mpSortedEntry; (*entry)->mType != sCommand::eType_End; ++entry) {
+        if ((*entry)->mType == sCommand::eType_Draw) {
+            sDrawCommand const* draw = static_cast<sDrawCommand const*>(*entry);
+            u32 const bytes = draw->getVertexCount() * getVertexStride(draw);
+            memcpy(out, draw->mpVertices, bytes);
+            out += bytes;
+        }
+    }
+    if (gl::UnmapBuffer(GL_ARRAY_BUFFER) == GL_FALSE) {
+        // The store was lost (a display change): the commands still hold theirs.
+        gl::BindBuffer(GL_ARRAY_BUFFER, 0);
+        return false;
+    }
+    return true;
 }
 
 void RenderSystem::notifyResize(sRect const&)
@@ -637,6 +809,8 @@ void RenderSystem::beginScene()
     glEnableClientState(GL_VERTEX_ARRAY);
     glEnableClientState(GL_COLOR_ARRAY);
     glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+    mTexcoordArray = false;
+    gl::BindBuffer(GL_ELEMENT_ARRAY_BUFFER, mIndexBuffer);
     glBlendFunc(GL_ONE, GL_ZERO);
     sRect const window = getWindowRect();
     glScissor(0, 0, static_cast<GLsizei>(window.getWidth()), static_cast<GLsizei>(window.getHeight()));
@@ -646,6 +820,8 @@ void RenderSystem::beginScene()
 
 void RenderSystem::endScene()
 {
+    gl::BindBuffer(GL_ARRAY_BUFFER, 0);
+    gl::BindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
     glFlush();
 }
 
@@ -770,7 +946,7 @@ void RenderSystem::clear(sColor color, sRect const& rect, sRect const& clip)
     glScissor(box[0], box[1], box[2], box[3]);
 }
 
-void RenderSystem::drawVertices(u32 primitive, u32 count, bool textured, void* vertices)
+void RenderSystem::drawVertices(u32 primitive, u32 count, bool textured, void const* vertices)
 {
     u8 const* base = static_cast<u8 const*>(vertices);
     GLsizei const stride = textured ? sizeof(sOutputTexturedVertex) : sizeof(sOutputVertex);
@@ -778,12 +954,20 @@ void RenderSystem::drawVertices(u32 primitive, u32 count, bool textured, void* v
     glColorPointer(4, GL_UNSIGNED_BYTE, stride, base + 12);
     if (textured) {
         glTexCoordPointer(2, GL_SHORT, stride, base + 16);
-        glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-    } else {
-        glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+    }
+    if (textured != mTexcoordArray) {
+        mTexcoordArray = textured;
+        if (textured) {
+            glEnableClientState(GL_TEXTURE_COORD_ARRAY);
+        } else {
+            glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+        }
     }
     if (primitive == ePrimitiveType_Quad) {
-        glDrawElements(GL_TRIANGLES, static_cast<GLsizei>((count / 4) * 6), GL_UNSIGNED_SHORT, mpQuadIndices);
+        // Indices from the quad table's buffer; the range spares the driver
+        // a scan of them.
+        gl::DrawRangeElements(GL_TRIANGLES, 0, count - 1, static_cast<GLsizei>((count / 4) * 6), GL_UNSIGNED_SHORT,
+                              nullptr);
     } else {
         glDrawArrays(kPrimitive[primitive], 0, static_cast<GLsizei>(count));
     }

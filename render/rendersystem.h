@@ -103,6 +103,10 @@ public:
     static constexpr u32 kViewNum = 7;
     // Fewer entries are sorted on the calling thread alone.
     static constexpr u32 kParallelSortMin = 4096;
+    // The narrow passes run block by block, each block through all of them
+    // while it is in the cache; the wide passes split their merges into
+    // segments of this many entries.
+    static constexpr u32 kSortBlock = 1024;
     // Commands hold pointers.
     static constexpr u32 kCommandAlignment = 8;
 
@@ -161,14 +165,18 @@ private:
     void deleteInvalidObjects();
 
     void sortCommandBuffer();
-    void sortCommandJob4(u32 index, void* user);
-    void sortCommandJob(u32 index, void* user);
+    void sortCommandBlockJob(u32 index, void* user);
+    void sortCommandSegmentJob(u32 index, void* user);
     // Entries and their keys move together; destination and source are the
     // same position in the other pair of arrays.
     static void sortCommandEach4(sCommand** destination, u32* destinationKey, sCommand* const* source,
                                  u32 const* sourceKey, u32 remaining);
     static void sortCommandEach(sCommand** destination, u32* destinationKey, sCommand* const* source,
                                 u32 const* sourceKey, u32 width, u32 remaining);
+    // Writes the first outputCount entries of the stable merge of two runs.
+    static void mergeCommandRuns(sCommand** destination, u32* destinationKey, sCommand* const* left, u32 const* leftKey,
+                                 u32 leftCount, sCommand* const* right, u32 const* rightKey, u32 rightCount,
+                                 u32 outputCount);
 
     void beginScene();
     void endScene();
@@ -181,10 +189,15 @@ private:
     void setScissor(sRect const& rect, sRect const& clip);
     void setProjection(sRect const& rect);
     void clear(sColor color, sRect const& rect, sRect const& clip);
-    void drawVertices(u32 primitive, u32 count, bool textured, void* vertices);
+    // Copies the vertices of every draw command, in replay order, into the
+    // vertex buffer: one upload per frame. False when the buffer could not be
+    // had; the replay then reads each command's vertices where they are.
+    bool uploadVertices();
+    // vertices: an address, or an offset into the vertex buffer while it is bound.
+    void drawVertices(u32 primitive, u32 count, bool textured, void const* vertices);
 
-    // The window's context (AGL's context and its two pixel formats are one
-    // object with SDL; there is no p-buffer format to keep).
+    // The window's context: one SDL object holds the context and its pixel
+    // format; no p-buffer format is kept.
     platform::GLContext* mContext;
     unsigned int mFrameBuffer; // bound by setRenderTarget; made at start-up
     u16* mpQuadIndices;
@@ -204,6 +217,12 @@ private:
     u32 mExecuteFrame;
 
     bool mScissorTest; // GL_SCISSOR_TEST as the replay left it
+    bool mTexcoordArray; // the texture coordinate array as the replay left it
+    // The frame's vertices in replay order, and the quad index table, as GL
+    // buffer objects; 0 without a context.
+    unsigned int mVertexBuffer;
+    unsigned int mIndexBuffer;
+    u32 mVertexBufferSize;
 
     // The pass that the sort jobs work on: which pair of arrays is read.
     u32 mSortSource;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <climits>
 #include <random>
 #include <thread>
 #include <vector>
@@ -12,10 +13,12 @@
 
 namespace {
 
+// Small batches meet workers still spinning from the batch before, and
+// batches of every size up to the queue's; the small ones are most.
 #if defined(__SANITIZE_THREAD__)
-int const kStressBatches = 2500;
+int const kStressBatches = 20000;
 #else
-int const kStressBatches = 10000;
+int const kStressBatches = 100000;
 #endif
 
 // Counts how often each slot ran, and notes the thread and unique data seen.
@@ -25,6 +28,7 @@ public:
     void mark(void* user) { markLong(static_cast<long long>(reinterpret_cast<std::uintptr_t>(user)), nullptr); }
     void markIndex(int index, void*) { markLong(index, nullptr); }
     void markLong(long long index, void*) { mMarks[static_cast<size_t>(index)].fetch_add(1); }
+    void markFromTop(int index, void*) { markLong(INT_MAX - 1 - index, nullptr); }
     void push(void* user) { mOrder.push_back(reinterpret_cast<std::uintptr_t>(user)); }
     void markUnique(void* user, void* uniqueData)
     {
@@ -32,11 +36,12 @@ public:
         mUnique[reinterpret_cast<std::uintptr_t>(user)] = uniqueData;
         mThread[reinterpret_cast<std::uintptr_t>(user)] = std::this_thread::get_id();
     }
-    // Slots below count ran once, all others never; clears the marks.
-    bool ranOnce(size_t count)
+    // Slots below count ran once, the next ones up to scan never; clears
+    // the marks.
+    bool ranOnce(size_t count, size_t scan = JobSystem::kJobQueueSize + 1)
     {
         bool ok = true;
-        for (size_t i = 0; i < mMarks.size(); ++i) {
+        for (size_t i = 0; i < scan; ++i) {
             ok = ok && mMarks[i].exchange(0) == (i < count ? 1 : 0);
         }
         return ok;
@@ -142,6 +147,8 @@ TEST_F(JobSystemTest, LoopJobsTakeStridedSlices)
     EXPECT_TRUE(mRecorder.ranOnce(2));
     jobs->executeLoopJob(&mRecorder, &Recorder::markLong, 0LL, 1000LL, nullptr);
     EXPECT_TRUE(mRecorder.ranOnce(1000));
+    jobs->executeLoopJob(&mRecorder, &Recorder::markFromTop, INT_MAX - 9, INT_MAX, nullptr); // no step past the top
+    EXPECT_TRUE(mRecorder.ranOnce(9));
     jobs->setJobThreadNum(1);
     jobs->executeLoopJob(&mRecorder, &Recorder::markIndex, 3, 3, nullptr); // empty range
     EXPECT_TRUE(mRecorder.ranOnce(0));
@@ -152,10 +159,11 @@ TEST_F(JobSystemTest, ManyRandomBatchesRunEachJobExactlyOnce)
     JobSystem* jobs = JobSystem::create(0x10000, std::max(2u, std::thread::hardware_concurrency()));
     std::mt19937 random(99);
     for (int batch = 0; batch < kStressBatches; ++batch) {
-        std::uintptr_t const count = 1 + random() % JobSystem::kJobQueueSize;
+        std::uintptr_t const count =
+            batch % 64 == 0 ? 1 + random() % JobSystem::kJobQueueSize : 1 + random() % (2 * jobs->getJobThreadNum() + 3);
         addMarks(jobs, mRecorder, count);
         jobs->executeJob();
-        ASSERT_TRUE(mRecorder.ranOnce(count)) << "batch " << batch;
+        ASSERT_TRUE(mRecorder.ranOnce(count, count + 1)) << "batch " << batch;
     }
 }
 

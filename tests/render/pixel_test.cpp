@@ -130,6 +130,48 @@ TEST_F(PixelTest, TexturedQuadsSampleTexelsAndCombineWithTheVertexColour)
     texture->release();
 }
 
+// Batches with the same key and state may reach GL as one draw: each must
+// still show its own texture, and a batch that ends in a partial triangle
+// must not shift the triangles of the batch behind it.
+TEST_F(PixelTest, NeighbouringBatchesOfOneStateKeepTheirOwnTexturesAndPrimitives)
+{
+    REQUIRE_GL();
+    u8 red[4 * 4] = {255, 0, 0, 255, 255, 0, 0, 255, 255, 0, 0, 255, 255, 0, 0, 255};
+    u8 blue[4 * 4] = {0, 0, 255, 255, 0, 0, 255, 255, 0, 0, 255, 255, 0, 0, 255, 255};
+    Texture* textures[2] = {new Texture(2, 2, false, red), new Texture(2, 2, false, blue)};
+    auto triangle = [](DrawContext* context, int left, int top, u32 count) {
+        DrawContext::sVertex* vertex =
+            static_cast<DrawContext::sVertex*>(context->allocateVertices(ePrimitiveType_Triangle, count));
+        sPoint const corners[3] = {sPoint(left, top), sPoint(left + 20, top), sPoint(left, top + 20)};
+        for (u32 i = 0; i < count; ++i) {
+            sPoint const corner = corners[i < 3 ? i : 0];
+            vertex[i].mPosition = sVector(sFixed(corner.x, 16), sFixed(corner.y, 16));
+            vertex[i].mColor = kGreen;
+        }
+    };
+    runFrame([&](DrawContext* context) {
+        windowState(context, 0);
+        context->setTextureFiltering(eTextureFiltering_Nearest);
+        for (int i = 0; i < 4; ++i) {
+            context->setTexture(textures[i % 2]);
+            texturedQuad(mpTools, context, sRect(10 + 20 * i, 10, 20 + 20 * i, 20), kWhite, sTexcoord(0, 0),
+                         sTexcoord(2, 2));
+        }
+        context->setTexture(nullptr);
+        context->setVertexDecl(eVertexDecl_Plain);
+        triangle(context, 10, 40, 4); // a whole triangle and one vertex left over
+        context->flushVertices();
+        triangle(context, 50, 40, 3);
+        context->flushVertices();
+        triangle(context, 90, 40, 3);
+    });
+    expectPixels({{12, 12, kRed}, {32, 12, kBlue}, {52, 12, kRed}, {72, 12, kBlue}, {13, 43, kGreen},
+                  {53, 43, kGreen}, {93, 43, kGreen}, {68, 58, kGrey, 1}, {108, 58, kGrey, 1}});
+    for (Texture* texture : textures) {
+        texture->release();
+    }
+}
+
 TEST_F(PixelTest, ScissorAndViewportClipTheDrawing)
 {
     REQUIRE_GL();

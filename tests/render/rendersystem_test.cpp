@@ -1,5 +1,5 @@
 // RenderSystem without pixels: the merge sort of the entries against a stable
-// sort (every small size, ties, unsigned keys, the full table on any number of
+// sort (every small size, ties, unsigned keys, long tables on any number of
 // threads), the overflow of the entry table, the extension test and the frame
 // counters.
 #include <algorithm>
@@ -70,18 +70,24 @@ TEST_F(RenderSystemTest, SortsEverySmallCountWithTheEndCommandLast)
     sortFrame({0x80000000u, 0x7FFFFFFFu, 0xFFFFFFFEu, 0u, 0x60000000u, 0xFFFFFFFEu, 1u});
 }
 
-TEST_F(RenderSystemTest, FullTableSortsAlikeOnAnyNumberOfThreads)
+TEST_F(RenderSystemTest, LongTablesSortAlikeOnAnyNumberOfThreads)
 {
-    // 16,383 entries and the end command fill the table exactly.
+    // Counts about the block and segment edges, up to 16,383 entries, which
+    // with the end command fill the table exactly; keys with many ties, and
+    // keys that are nearly all distinct.
     std::mt19937 random(11);
-    std::vector<u32> keys(RenderSystem::kCommandEntryMax - 1);
-    for (u32& key : keys) {
-        key = static_cast<u32>(random() % 64) << 16; // many ties
-    }
-    for (u32 threads : {1u, 2u, 4u, 7u}) {
-        SCOPED_TRACE(testing::Message() << threads << " threads");
-        mpJobs->setJobThreadNum(threads);
-        sortFrame(keys);
+    for (u32 count : {1023u, 1025u, 2049u, 4100u, 9000u, RenderSystem::kCommandEntryMax - 1}) {
+        for (u32 spread : {64u, 0x10000u}) {
+            std::vector<u32> keys(count);
+            for (u32& key : keys) {
+                key = static_cast<u32>(random() % spread) << 16;
+            }
+            for (u32 threads : {1u, 2u, 7u}) {
+                SCOPED_TRACE(testing::Message() << count << " entries, " << threads << " threads");
+                mpJobs->setJobThreadNum(threads);
+                sortFrame(keys);
+            }
+        }
     }
 }
 

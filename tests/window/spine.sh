@@ -3,6 +3,7 @@
 # traces its start and end in order.
 HARBOR="$1"
 source "$(dirname "$0")/lib/xsession.sh"
+source "$(dirname "$0")/lib/host.sh"
 start_x_session
 
 log="$ARTIFACTS/spine.stderr"
@@ -27,42 +28,7 @@ close_and_wait "$wid"
 status=$EXIT_STATUS
 [ "$status" -eq 0 ] || fail "exit status $status"
 
-expected=(
-  "Application : start."
-  "Root path = "
-  "MemoryManager : start."
-  "SystemManager : start."
-  "HarborApp start."
-  "JobSystem : start."
-  "ResourceSystem : start."
-  "RenderSystem : start."
-  "UnitSystem : start."
-  "MouseSystem : start."
-  "KeyboardSystem : start."
-  "HIDSystem : start."
-  "ViewSystem : start."
-  "ToolSystem : start."
-  "Application : execute."
-  "HarborApp end."
-  "JobSystem : end."
-  "UnitSystem : end."
-  "ViewSystem : end."
-  "ToolSystem : end."
-  "ResourceSystem : end."
-  "MouseSystem : end."
-  "RenderSystem : end."
-  "KeyboardSystem : end."
-  "HIDSystem : end."
-  "SystemManager : end."
-  "MemoryManager : end."
-  "Application : end."
-)
-line=0
-for text in "${expected[@]}"; do
-  found=$(tail -n +"$((line + 1))" "$log" | grep -n -F -m1 "$text" | cut -d: -f1 || true)
-  [ -n "$found" ] || { cat "$log" >&2; fail "trace '$text' missing or out of order"; }
-  line=$((line + found))
-done
+expect_traces_in_order "$log" "${HOST_TRACES[@]}"
 echo "PASS: window opened 1024x768, $advance frames in 1 s, closed with status 0"
 
 # SIGTERM ends the event loop like a close: the whole tear-down runs, status 0.

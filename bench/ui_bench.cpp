@@ -1,0 +1,246 @@
+// The widget toolkit's frame against Dear ImGui's. 20 top-level windows of
+// 50 simple widgets each (a frame, a fill and a 10-character text per
+// widget): per frame the input routing with update and layout
+// (UISystem::update) and the paint recording (UISystem::draw), wall and CPU
+// time, on one job thread and on all of them. The same screen in Dear ImGui
+// (20 windows of 50 buttons with the same labels, NewFrame to Render, no
+// GL back end) gives its CPU time per frame. Headless: only recording.
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+
+#include "app/application.h"
+#include "app/systemmanager.h"
+#include "foundation/autostring.h"
+#include "foundation/memorymanager.h"
+#include "input/hidsystem.h"
+#include "jobs/jobsystem.h"
+#include "platform/platform.h"
+#include "platform/window.h"
+#include "reflection/property.h"
+#include "render/rendersystem.h"
+#include "render/viewsystem.h"
+#include "tool/toolsystem.h"
+#include "ui/uipainter.h"
+#include "ui/uisystem.h"
+#include "ui/uiwindow.h"
+
+#ifdef HARBOR_BENCH_IMGUI
+#include <imgui.h>
+#endif
+
+namespace {
+
+int const kWindows = 20;
+int const kWidgets = 50;
+int const kColumns = 5;
+int const kCellWidth = 66;
+int const kCellHeight = 18;
+
+typedef std::chrono::steady_clock Clock;
+
+double millisecondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+double cpuMillisecondsSince(std::clock_t start)
+{
+    return 1000.0 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
+
+// "Widget0042": ten characters, the label of widget 42 of its window.
+void label(char* text, int index)
+{
+    snprintf(text, 11, "Widget%04d", index);
+}
+
+class BenchWidget : public UIBase {
+public:
+    explicit BenchWidget(int index)
+    {
+        label(mLabel, index);
+        setPosition(sPoint(4 + (index % kColumns) * kCellWidth, 20 + (index / kColumns) * kCellHeight));
+        setSize(sSize(kCellWidth - 2, kCellHeight - 2));
+    }
+    void eventPaint(UIPainter* painter) override
+    {
+        UISystem const* ui = UISystem::getInstance();
+        sRect const rect(getSize());
+        painter->drawRect(rect, ui->mClientRegionColor);
+        painter->drawFrame(rect, ui->mDarkLightColor);
+        painter->drawString(rect, mLabel, ui->mClientFontColor, eAlignment_CenterMiddle);
+    }
+
+private:
+    char mLabel[11];
+};
+
+class BenchWindow : public UIWindow {
+public:
+    explicit BenchWindow(int index)
+    {
+        setPosition(sPoint(16 + index * 24, 16 + index * 16));
+        setSize(sSize(kColumns * kCellWidth + 8, 24 + (kWidgets / kColumns) * kCellHeight));
+        for (int i = 0; i < kWidgets; ++i) {
+            add(new BenchWidget(i));
+        }
+    }
+    void eventPaint(UIPainter* painter) override
+    {
+        painter->drawRect(sRect(getSize()), UISystem::getInstance()->mWindowColor);
+        painter->drawConvexRect(sRect(getSize()));
+    }
+};
+
+class BenchApplication : public Application {
+public:
+    explicit BenchApplication(sInitializer const* initializer) : Application(initializer) {}
+    void setup() override {}
+    void update(float) override {}
+};
+
+// The engine's side, built once: a headless application with the Systems
+// the UI stands on and the 20 windows, admitted by one preprocess.
+class Harness {
+public:
+    static Harness& get()
+    {
+        static Harness* harness = new Harness();
+        return *harness;
+    }
+
+    Harness()
+    {
+        platform::setHeadless(true);
+        Application::sInitializer const initializer = {"UI bench", 1024, 768, 60, 20, 240};
+        mpApplication = new BenchApplication(&initializer);
+        MemoryManager* memory = MemoryManager::getInstance();
+        AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
+        mpApplication->setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
+        PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x1000, "Property"));
+        System::setAllocator(memory->createAllocator(0x1000000, "System"));
+        SystemManager* manager = SystemManager::getInstance();
+        manager->addSystem(JobSystem::create(0x10000, mpApplication->getProcessorNum()));
+        manager->addSystem(RenderSystem::create());
+        manager->addSystem(HIDSystem::create());
+        manager->addSystem(ViewSystem::create());
+        manager->addSystem(UISystem::create());
+        manager->addSystem(ToolSystem::create());
+        manager->setup();
+        // As the host wires them: the renderer closes the frame after the
+        // tools and outlives their font texture.
+        RenderSystem::getInstance()->addPostprocessDependency(ToolSystem::getInstance());
+        RenderSystem::getInstance()->addDestroyDependency(ToolSystem::getInstance());
+        manager->order();
+        for (int i = 0; i < kWindows; ++i) {
+            UISystem::getInstance()->addWindow(new BenchWindow(i));
+        }
+        manager->preprocess();
+    }
+
+    static void end()
+    {
+        delete get().mpApplication; // the Systems and the windows with them
+    }
+
+    BenchApplication* mpApplication = nullptr;
+};
+
+void BM_UIFrame(benchmark::State& state)
+{
+    Harness::get();
+    JobSystem* jobs = JobSystem::getInstance();
+    u32 const threads = state.range(0) == 0 ? Application::getInstance()->getProcessorNum() : 1u;
+    jobs->setJobThreadNum(threads);
+    SystemManager* manager = SystemManager::getInstance();
+    UISystem* ui = UISystem::getInstance();
+    double update = 0.0, paint = 0.0, cpuUpdate = 0.0, cpuPaint = 0.0;
+    for (auto _ : state) {
+        manager->preprocess();
+        Clock::time_point start = Clock::now();
+        std::clock_t cpuStart = std::clock();
+        ui->update();
+        double const updateTime = millisecondsSince(start);
+        cpuUpdate += cpuMillisecondsSince(cpuStart);
+        start = Clock::now();
+        cpuStart = std::clock();
+        ui->draw();
+        double const paintTime = millisecondsSince(start);
+        cpuPaint += cpuMillisecondsSince(cpuStart);
+        update += updateTime;
+        paint += paintTime;
+        state.SetIterationTime((updateTime + paintTime) / 1000.0);
+        manager->postprocess();
+        RenderSystem::getInstance()->executeCommand();
+    }
+    double const frames = static_cast<double>(state.iterations());
+    state.counters["threads"] = threads;
+    state.counters["update_ms"] = update / frames;
+    state.counters["paint_ms"] = paint / frames;
+    state.counters["cpu_update_ms"] = cpuUpdate / frames;
+    state.counters["cpu_paint_ms"] = cpuPaint / frames;
+    state.counters["cpu_frame_ms"] = (cpuUpdate + cpuPaint) / frames;
+}
+BENCHMARK(BM_UIFrame)->ArgNames({"one_thread"})->Arg(1)->Arg(0)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+#ifdef HARBOR_BENCH_IMGUI
+// The same screen in Dear ImGui: its whole frame, with the vertex lists it
+// builds, on this thread.
+void BM_ImGuiFrame(benchmark::State& state)
+{
+    ImGui::CreateContext();
+    ImGuiIO& io = ImGui::GetIO();
+    io.DisplaySize = ImVec2(1024.0f, 768.0f);
+    io.IniFilename = nullptr;
+    unsigned char* pixels = nullptr;
+    int width = 0, height = 0;
+    io.Fonts->GetTexDataAsRGBA32(&pixels, &width, &height);
+    char title[16];
+    char text[11];
+    double cpu = 0.0;
+    for (auto _ : state) {
+        std::clock_t const cpuStart = std::clock();
+        io.DeltaTime = 1.0f / 60.0f;
+        ImGui::NewFrame();
+        for (int w = 0; w < kWindows; ++w) {
+            snprintf(title, sizeof(title), "Window %d", w);
+            ImGui::SetNextWindowPos(ImVec2(16.0f + w * 24.0f, 16.0f + w * 16.0f), ImGuiCond_Always);
+            ImGui::SetNextWindowSize(ImVec2(kColumns * kCellWidth + 8.0f, 24.0f + (kWidgets / kColumns) * kCellHeight),
+                                     ImGuiCond_Always);
+            ImGui::Begin(title);
+            for (int i = 0; i < kWidgets; ++i) {
+                label(text, i);
+                if (i % kColumns != 0) {
+                    ImGui::SameLine();
+                }
+                ImGui::Button(text);
+            }
+            ImGui::End();
+        }
+        ImGui::Render();
+        benchmark::DoNotOptimize(ImGui::GetDrawData()->TotalVtxCount);
+        cpu += cpuMillisecondsSince(cpuStart);
+    }
+    state.counters["cpu_frame_ms"] = cpu / static_cast<double>(state.iterations());
+    state.counters["vertices"] = ImGui::GetDrawData()->TotalVtxCount;
+    ImGui::DestroyContext();
+}
+BENCHMARK(BM_ImGuiFrame)->Unit(benchmark::kMillisecond);
+#endif
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    Harness::end();
+    return 0;
+}

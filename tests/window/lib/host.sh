@@ -1,0 +1,125 @@
+# Sourced by the window tests after xsession.sh: the steps of a user at the
+# running host. start_host runs a program and finds its window; the other
+# helpers move, click and type at window places, take screenshots and read
+# pixels, read the program's state with the debugger, and check traces.
+# Places are window content coordinates, which are the UI's coordinates.
+
+# start_host PROGRAM TITLE LOG: sets APP_PID and WID; waits until the program
+# has traced "probe ready" when it is a probe host, or its window is up.
+start_host() {
+  "$1" </dev/null 2>"$3" &
+  APP_PID=$!
+  WID=$(find_window "$2")
+  HOST_LOG="$3"
+  activate "$WID"
+  for _ in $(seq 200); do grep -q '^probe ready' "$3" && break; sleep 0.05; done
+}
+
+# start_widget_probe BUILD LOGNAME: the host with test widgets
+# (tests/widgetprobe) from the build folder, once its window is active.
+start_widget_probe() {
+  local probe="$1/tests/widgetprobe/widgetprobe"
+  [ -x "$probe" ] || fail "no probe program at $probe"
+  start_x_session
+  start_host "$probe" "Harbor Widget Probe" "$ARTIFACTS/$2.stderr"
+  wait_for_trace ' probe Active '
+}
+
+# wait_for_trace PATTERN [SECONDS]: until the log has a line matching the
+# extended regular expression, or fails.
+wait_for_trace() {
+  local tries=$(( ${2:-5} * 20 ))
+  for _ in $(seq "$tries"); do grep -qE "$1" "$HOST_LOG" && return 0; sleep 0.05; done
+  cat "$HOST_LOG" >&2
+  fail "no trace matching '$1'"
+}
+
+# Each step holds long enough for several frames even on a loaded machine.
+point_at() { xdotool mousemove --window "$WID" "$1" "$2"; sleep 0.15; }
+# click_at X Y [BUTTON]: X buttons, 1 left, 2 middle, 3 right.
+click_at() {
+  point_at "$1" "$2"
+  xdotool mousedown "${3:-1}"; sleep 0.15
+  xdotool mouseup "${3:-1}"; sleep 0.15
+}
+# Two presses well within the toolkit's 250 ms, each held over a frame: a
+# press and release between two frames would go unseen.
+double_click_at() {
+  point_at "$1" "$2"
+  # One xdotool run: starting a process per step could pass the 250 ms.
+  xdotool mousedown "${3:-1}" sleep 0.06 mouseup "${3:-1}" sleep 0.06 \
+    mousedown "${3:-1}" sleep 0.06 mouseup "${3:-1}"
+  sleep 0.2
+}
+# type_keys KEY...: xdotool key names, each held over a few frames.
+type_keys() {
+  for k in "$@"; do xdotool keydown "$k"; sleep 0.1; xdotool keyup "$k"; sleep 0.1; done
+}
+
+# screenshot FILE: the window's content as PNG.
+screenshot() { import -window "$WID" "$1" || fail "no screenshot"; }
+# pixel FILE X Y: "r,g,b" of a screenshot.
+pixel() {
+  convert "$1" -format "%[fx:int(255*p{$2,$3}.r)],%[fx:int(255*p{$2,$3}.g)],%[fx:int(255*p{$2,$3}.b)]" info:
+}
+# expect_pixel FILE X Y R,G,B: the colour within 2 per channel.
+expect_pixel() {
+  local got
+  got=$(pixel "$1" "$2" "$3")
+  python3 -c "import sys; a=[int(v) for v in sys.argv[1].split(',')]; b=[int(v) for v in sys.argv[2].split(',')]; sys.exit(0 if all(abs(x-y)<=2 for x,y in zip(a,b)) else 1)" "$got" "$4" \
+    || fail "pixel ($2, $3) of $1 is $got, wanted $4"
+}
+
+# debugger_print EXPRESSION: the value gdb prints for it in the running host.
+debugger_print() {
+  timeout 30 gdb -p "$APP_PID" -batch -ex "print $1" 2>/dev/null | sed -n 's/^\$1 = //p' || true
+}
+# debugger_do COMMAND: runs a gdb command ("set var ...", "call ...") in the host.
+debugger_do() {
+  timeout 30 gdb -p "$APP_PID" -batch -ex "$1" >/dev/null 2>&1 || true
+}
+
+# expect_traces_in_order LOG TEXT...: each text on a later line than the one before.
+expect_traces_in_order() {
+  local log="$1" line=0 found
+  shift
+  for text in "$@"; do
+    found=$(tail -n +"$((line + 1))" "$log" | grep -n -F -m1 -- "$text" | cut -d: -f1 || true)
+    [ -n "$found" ] || { cat "$log" >&2; fail "trace '$text' missing or out of order"; }
+    line=$((line + found))
+  done
+}
+
+# The host's start and end traces, in the order of its Systems.
+HOST_TRACES=(
+  "Application : start."
+  "Root path = "
+  "MemoryManager : start."
+  "SystemManager : start."
+  "HarborApp start."
+  "JobSystem : start."
+  "ResourceSystem : start."
+  "RenderSystem : start."
+  "UnitSystem : start."
+  "MouseSystem : start."
+  "KeyboardSystem : start."
+  "HIDSystem : start."
+  "ViewSystem : start."
+  "UISystem : start."
+  "ToolSystem : start."
+  "Application : execute."
+  "HarborApp end."
+  "JobSystem : end."
+  "UnitSystem : end."
+  "ViewSystem : end."
+  "UISystem : end."
+  "ToolSystem : end."
+  "ResourceSystem : end."
+  "MouseSystem : end."
+  "RenderSystem : end."
+  "KeyboardSystem : end."
+  "HIDSystem : end."
+  "SystemManager : end."
+  "MemoryManager : end."
+  "Application : end."
+)

@@ -1,0 +1,10 @@
+#include "ui/uidesktop.h"
+
+#include "ui/uimenu.h"
+
+UIDesktop::UIDesktop() : mpMainMenu(nullptr) {}
+
+UIDesktop::~UIDesktop()
+{
+    delete mpMainMenu;
+}
