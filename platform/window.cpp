@@ -5,6 +5,7 @@
 
 #include <atomic>
 
+#include "platform/displayloss.h"
 #include "platform/platform.h"
 
 namespace platform {
@@ -63,6 +64,10 @@ bool initializeVideo()
     SDL_SetHint(SDL_HINT_MOUSE_FOCUS_CLICKTHROUGH, "1");
     if (SDL_Init(SDL_INIT_VIDEO) != 0) {
         return false;
+    }
+    char const* driver = SDL_GetCurrentVideoDriver();
+    if (driver != nullptr && SDL_strcmp(driver, "x11") == 0) {
+        watchDisplayLoss();
     }
     sVideoReady = true;
     return true;

@@ -4,7 +4,7 @@
 set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config ccache clang libclang-rt-dev
-  libsdl2-dev libgl-dev libgl1-mesa-dri
+  libsdl2-dev libx11-dev libgl-dev libgl1-mesa-dri
   libgtest-dev libbenchmark-dev libtinyxml2-dev libimgui-dev
   xvfb xauth xdotool x11-utils openbox imagemagick gdb
 )
