@@ -225,14 +225,6 @@ TEST_F(ApplicationTest, FixedModeSleepsUntilTheNextFrameLessOneMillisecond)
     EXPECT_EQ(clock.mSleeps.size(), 1u);
 }
 
-TEST_F(ApplicationTest, NullInitializerLeavesEverythingUnset)
-{
-    PacedApp app(nullptr, nullptr);
-    EXPECT_EQ(Application::getInstance(), nullptr);
-    EXPECT_EQ(app.getWindowHandle(), nullptr);
-    EXPECT_EQ(SystemManager::getInstance(), nullptr);
-}
-
 TEST_F(ApplicationTest, ConstructionMakesPathsAndManagers)
 {
     PacedApp& app = launch();
@@ -246,15 +238,6 @@ TEST_F(ApplicationTest, ConstructionMakesPathsAndManagers)
     EXPECT_EQ(std::string(app.getIntermediatePath()), root + "intermediate/");
     EXPECT_EQ(std::string(app.getNativePath()), root + "native/");
     EXPECT_EQ(app.getAbsoluteTime(), clock.mNow / 1000000);
-}
-
-TEST_F(ApplicationTest, SecondTempAllocatorIsFatal)
-{
-    PacedApp& app = launch();
-    AllocatorBase* fake = reinterpret_cast<AllocatorBase*>(&clock);
-    app.setTempAllocator(fake);
-    EXPECT_EQ(app.getTempAllocator(), fake);
-    EXPECT_DEATH(app.setTempAllocator(fake), "TempAllocator already set\\.");
 }
 
 namespace {

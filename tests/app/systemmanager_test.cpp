@@ -202,12 +202,3 @@ TEST_F(SystemManagerTest, HostSystemsGiveTheHostOrders)
               "KeyboardSystem HIDSystem");
 }
 
-TEST(SystemAllocator, SecondAllocatorIsFatal)
-{
-    EXPECT_DEATH(
-        {
-            System::setAllocator(reinterpret_cast<AllocatorBase*>(16));
-            System::setAllocator(reinterpret_cast<AllocatorBase*>(16));
-        },
-        "Allocator already set\\.");
-}

@@ -1,14 +1,12 @@
 // The texture readers: the pixels each format gives, the traces of files
-// they refuse, the fatal size limit, and thousands of damaged variants of
-// the samples, none of which may be read out of bounds.
+// they refuse and the fatal size limit. Damaged files are the fuzz target's
+// (tests/fuzz).
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <random>
 
 #include "resource/resourcesystem.h"
 #include "resource/textureresource.h"
@@ -155,105 +153,4 @@ TEST_F(ResourceTest, TexturesAbove1024AreFatalAfterNamingTheFile)
     TextureResource* largest = load<TextureResource>(nativeFile("largest.tex"));
     ASSERT_NE(largest, nullptr);
     largest->release();
-}
-
-namespace {
-
-struct sVariant {
-    int mReader; // 0 TGA, 1 BMP, 2 TEX
-    std::string mBytes;
-};
-
-// Random bytes, header fields set to extreme values, cuts and tails.
-void addVariants(std::vector<sVariant>& out, int reader, std::string const& seed, u32 seedNumber)
-{
-    std::mt19937 random(seedNumber);
-    u32 const extremes[] = {0, 1, 0x7F, 0xFF, 0x100, 0x401, 0xFFFF, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
-    for (u32 i = 0; i < 2000; ++i) {
-        std::string bytes = seed;
-        switch (random() % 4) {
-        case 0:
-            for (u32 n = 1 + random() % 4; n != 0; --n) {
-                bytes[random() % (random() % 2 == 0 ? 64 : bytes.size())] = static_cast<char>(random());
-            }
-            break;
-        case 1: bytes.replace(random() % 56, 4, le32(extremes[random() % 10]).substr(0, 2 + random() % 3 / 2 * 2)); break;
-        case 2: bytes.resize(random() % bytes.size()); break;
-        default: bytes.append(random() % 64, static_cast<char>(random())); break;
-        }
-        out.push_back({reader, bytes});
-    }
-}
-
-void loadVariant(sVariant const& variant, std::string const& path)
-{
-    restest::writeFile(path, variant.mBytes);
-    ResourceBase* resource = nullptr;
-    switch (variant.mReader) {
-    case 0: resource = load<TextureResourceTGA>(path); break;
-    case 1: resource = load<TextureResourceBMP>(path); break;
-    default: resource = load<TextureResource>(path); break;
-    }
-    if (resource != nullptr) {
-        resource->release();
-    }
-}
-
-// In a child process: loads from start on, noting the number of each
-// variant before its load, so that the parent knows which one ended it.
-[[noreturn]] void runVariants(std::vector<sVariant> const& variants, u64 start, std::string const& progress,
-                              std::string const& path)
-{
-    FILE* file = fopen(progress.c_str(), "wb");
-    for (u64 i = start;; ++i) {
-        fseek(file, 0, SEEK_SET);
-        fwrite(&i, sizeof(i), 1, file);
-        fflush(file);
-        if (i == variants.size()) {
-            std::_Exit(0);
-        }
-        loadVariant(variants[i], path);
-    }
-}
-
-} // namespace
-
-TEST_F(ResourceTest, DamagedFilesAreNeverReadOutOfBounds)
-{
-    // Children are forked from this thread alone: no load thread.
-    ResourceSystem::getInstance()->destroy();
-    GTEST_FLAG_SET(death_test_style, "fast");
-    std::vector<sVariant> variants;
-    addVariants(variants, 0, restest::readSample("tga32_top.tga"), 1);
-    addVariants(variants, 0, restest::readSample("tga32_bottom.tga"), 2);
-    addVariants(variants, 2, restest::encodeTex(restest::makeTgaSample()), 3);
-    u32 seed = 4;
-    for (char const* name : {"bmp1_up.bmp", "bmp4_down.bmp", "bmp8_up.bmp", "bmp24_down.bmp"}) {
-        addVariants(variants, 1, restest::readSample(name), seed++);
-    }
-    addVariants(variants, 1, makeBmp(16, 3, 2, "", std::string(12, '\x5a')), seed++);
-    addVariants(variants, 1, makeBmp(32, 3, -2, "", std::string(24, '\x5a')), seed++);
-
-    // Rewriting one file thousands of times is slow on a disk that flushes
-    // each replaced file; memory is quick where the system has it.
-    std::string const folder = std::filesystem::is_directory("/dev/shm") ? "/dev/shm/" : testing::TempDir();
-    std::string const path = folder + "harbor_variant_" + std::to_string(std::random_device()());
-    std::string const progress = nativeFile("progress");
-    restest::writeFile(progress, "");
-    u32 fatal = 0;
-    for (u64 start = 0; start < variants.size(); ++fatal) {
-        EXPECT_EXIT(runVariants(variants, start, progress, path),
-                    [](int status) { return testing::ExitedWithCode(0)(status) || testing::KilledBySignal(SIGABRT)(status); },
-                    "");
-        std::string const noted = restest::readFile(progress);
-        ASSERT_EQ(noted.size(), sizeof(start));
-        memcpy(&start, noted.data(), sizeof(start));
-        if (start < variants.size()) {
-            // The one way a variant may end the program: the size limit.
-            EXPECT_DEATH(loadVariant(variants[start], path), "Requesed texture size is greater than 1024.") << start;
-            ++start;
-        }
-        ASSERT_LT(fatal, 1000u); // some 1 in 100 variants sets a size above 1024 with enough data
-    }
-    std::filesystem::remove(path);
 }

@@ -200,15 +200,18 @@ TEST(UnitBaseTest, DefaultsBitsPropertiesAndControlsOnItsHeap)
     u32 const heapUsed = UnitBase::getAllocator()->getUsedSize();
     UnitProbe* unit = new UnitProbe();
     EXPECT_GT(UnitBase::getAllocator()->getUsedSize(), heapUsed);
-    EXPECT_EQ(unit->getStatus() | unit->getSystemStatus() << 8 | unit->getUpdatePass() << 16 | unit->getView() << 24,
-              0x02010003u);
+    EXPECT_EQ(unit->getStatus(), 3u);
+    EXPECT_EQ(unit->getSystemStatus(), 0u);
+    EXPECT_EQ(unit->getUpdatePass(), 1u);
+    EXPECT_EQ(unit->getView(), 2u);
     EXPECT_EQ(unit->getPriorityGroup() & unit->getCategory(), 0xFFFFFFFFu);
     unit->setDraw(false);
     EXPECT_EQ(unit->getStatus(), 1u);
     unit->setUpdate(false);
     unit->setSelect(true);
     unit->setTypeName("Other");
-    EXPECT_EQ(unit->getStatus() | unit->getSystemStatus(), 0x10000u);
+    EXPECT_EQ(unit->getStatus(), 0u);
+    EXPECT_EQ(unit->getSystemStatus(), 0x10000u);
     PropertyList properties;
     unit->makePropertyList(properties);
     ASSERT_EQ(properties.size(), 5u);
@@ -221,7 +224,9 @@ TEST(UnitBaseTest, DefaultsBitsPropertiesAndControlsOnItsHeap)
     ASSERT_EQ(controls.size(), 5u);
     sEnumInfo const* views = static_cast<PropertyControl*>(controls[4])->getEnumInfo();
     EXPECT_STREQ(views[3].mpName, "View3");
-    EXPECT_EQ(views[0].mValue | views[1].mValue << 8 | views[3].mValue << 16, 0x100402u);
+    EXPECT_EQ(views[0].mValue, 2u);
+    EXPECT_EQ(views[1].mValue, 4u);
+    EXPECT_EQ(views[3].mValue, 16u);
     for (List<ControlBase>::Iterator it = controls.begin(); it != controls.end(); ++it) {
         delete *it;
     }
@@ -250,10 +255,12 @@ TEST_F(UnitSystemTest, AddAndKillKeepTheirFrameTiming)
     UnitProbe* b = nullptr;
     a->mKillAt = 2;
     runFrame([&] { b = add(); }); // after preprocess: joins the next frame
-    EXPECT_EQ(a->mUpdates * 10 + b->mUpdates, 10);
+    EXPECT_EQ(a->mUpdates, 1);
+    EXPECT_EQ(b->mUpdates, 0);
     EXPECT_EQ(b->getSystemStatus(), 1u);
     runFrame(); // a kills itself, and still draws in this frame
-    EXPECT_EQ(a->mUpdates * 10 + a->mDraws, 22);
+    EXPECT_EQ(a->mUpdates, 2);
+    EXPECT_EQ(a->mDraws, 2);
     runFrame([&] { EXPECT_EQ(UnitProbe::sDeleted, 0); });
     EXPECT_EQ(UnitProbe::sDeleted, 1);
     EXPECT_EQ(b->mUpdates, 2);
@@ -263,7 +270,8 @@ TEST_F(UnitSystemTest, AddAndKillKeepTheirFrameTiming)
     UnitProbe* d = add();
     runFrame([&] { c->kill(), d->kill(); });
     runFrame();
-    EXPECT_EQ(d->mUpdates * 10 + UnitProbe::sDeleted, 22);
+    EXPECT_EQ(d->mUpdates, 2);
+    EXPECT_EQ(UnitProbe::sDeleted, 2);
     runFrame();
     EXPECT_EQ(UnitProbe::sDeleted, 3);
 }
@@ -343,7 +351,8 @@ TEST_F(UnitSystemTest, PassesRunByMaskSeriallyOrInParallelThenTheirCallbacks)
     std::vector<std::pair<int, UnitProbe const*>> const expected = {{0, x}, {0, y}, {1, x}, {1, y}, {1, nullptr}, {2, y}};
     EXPECT_EQ(UnitProbe::sLog, expected);
     EXPECT_EQ(mpUnits->getCurrentPass(), -1);
-    EXPECT_EQ(z->mUpdates * 10 + z->mDraws, 1);
+    EXPECT_EQ(z->mUpdates, 0);
+    EXPECT_EQ(z->mDraws, 1);
 }
 
 // Also the job queue's limit: one level of a parallel pass, and one view,
@@ -363,9 +372,11 @@ TEST_F(UnitSystemTest, DrawingFollowsBitsAndViewMaskOnManyThreadsUpToTheJobLimit
     }
     UnitProbe::sMeet = 0;
     runFrame();
-    int const updatesAndDraws[5] = {10, 0, 11, 12, 10};
+    int const updates[5] = {1, 0, 1, 1, 1};
+    int const draws[5] = {0, 0, 1, 2, 0};
     for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(probes[i]->mUpdates * 10 + probes[i]->mDraws, updatesAndDraws[i]) << "probe " << i;
+        EXPECT_EQ(probes[i]->mUpdates, updates[i]) << "probe " << i;
+        EXPECT_EQ(probes[i]->mDraws, draws[i]) << "probe " << i;
     }
     // Within a view, every thread draws into a context of its own.
     ASSERT_EQ(UnitProbe::sDraws.size(), 1024u + 2u);
