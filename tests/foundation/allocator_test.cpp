@@ -20,6 +20,7 @@
 #include "reflection/control.h"
 #include "reflection/property.h"
 #include "resource/resourcebase.h"
+#include "ui/uibase.h"
 #include "unit/unitbase.h"
 
 namespace {
@@ -358,8 +359,9 @@ TEST(MemoryManagerDeathTest, HeldBlockOrExhaustedGlobalIsFatal)
     manager->destroy();
 }
 
-// Every class with a named heap: blocks aligned to 16, blocks made before the
-// heap was set go back to "Global", and a block of another heap is fatal. Each
+// Every class with a named heap, and the widgets: blocks aligned to 16, blocks
+// made before the heap was set go back to "Global", and a block of another
+// heap is fatal. Each
 // case runs in a child process, where the class's heap may be set.
 TEST(ClassHeapDeathTest, EveryNamedHeapAlignsTo16AndCatchesABlockOfAnotherHeap)
 {
@@ -382,6 +384,9 @@ TEST(ClassHeapDeathTest, EveryNamedHeapAlignsTo16AndCatchesABlockOfAnotherHeap)
          [](void* pointer) { ResourceBase::operator delete(pointer); }},
         {"Unit", &UnitBase::setAllocator, [](std::size_t size) { return UnitBase::operator new(size); },
          [](void* pointer) { UnitBase::operator delete(pointer); }},
+        // Widgets stay in "Global": their heap is never set.
+        {"Widget", [](AllocatorBase* heap) { delete heap; },
+         [](std::size_t size) { return UIBase::allocate(static_cast<unsigned int>(size)); }, &UIBase::deallocate},
     };
     for (Case const& c : cases) {
         SCOPED_TRACE(c.mpName);
