@@ -148,6 +148,8 @@ TEST_F(NativeFileTest, RefusedFilesLeaveTheResourceEmpty)
         {"unknown class", header(1, 0, "") + le32(0x12345678) + le32(0), "Object not found.\n"},
         {"short key block", sampleFile().substr(0, 90), "Sequence file is damaged.\n"},
         {"huge counts", header(0xFFFFFFFF, 0, ""), "Sequence file is damaged.\n"},
+        {"end past frame 4095", header(0, 0, "").replace(16, 4, le32(4096)), "Sequence file is damaged.\n"},
+        {"start past frame 4095", header(0, 0, "").replace(12, 4, le32(8197)), "Sequence file is damaged.\n"},
     };
     for (sCase const& c : cases) {
         testing::internal::CaptureStderr();
