@@ -7,6 +7,8 @@
 // Native arrays come from the resource heap. One thread at a time: the owner's.
 #pragma once
 
+#include <cstring>
+
 #include "foundation/autostring.h"
 #include "foundation/types.h"
 #include "reflection/objectlist.h"
@@ -88,9 +90,10 @@ class SequencerUniqueKey : public SequencerKey {
 public:
     SequencerUniqueKey() : mParameter() {}
 
-    void setParameter(void const* value) override { mParameter = *static_cast<T const*>(value); }
+    // Copied byte-wise: native key blocks hold parameters at 4-byte offsets.
+    void setParameter(void const* value) override { memcpy(&mParameter, value, sizeof(T)); }
     void* getParameter() override { return &mParameter; }
-    void copyParameter(void* target) const override { *static_cast<T*>(target) = mParameter; }
+    void copyParameter(void* target) const override { memcpy(target, &mParameter, sizeof(T)); }
     unsigned int getParameterSize() const override { return sizeof(T); }
     void makePropertyList(PropertyList& list) override;
 
