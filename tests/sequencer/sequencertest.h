@@ -1,0 +1,79 @@
+// Shared by the sequencer tests: a probe class with one control of every key
+// type and two triggers that log when they fire, and a fixture that builds
+// sequences through the edit operations. The headless application, heaps and
+// per-test folders are those of the resource tests.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "../resource/resourcetest.h"
+#include "sequencer/sequencer.h"
+#include "sequencer/sequencerresource.h"
+
+// The object a track makes: a field and a control for every key type, and
+// the triggers "Fire" (no argument) and "Count" (u32).
+class Probe : public ObjectBase {
+public:
+    void makeControlList(List<ControlBase>& list) override;
+
+    void fire();
+    void count(u32 value);
+
+    bool mBool = false;
+    u8 mU8 = 0;
+    u16 mU16 = 0;
+    u32 mU32 = 0;
+    u64 mU64 = 0;
+    s8 mS8 = 0;
+    s16 mS16 = 0;
+    s32 mS32 = 0;
+    s64 mS64 = 0;
+    f32 mF32 = 0;
+    f64 mF64 = 0;
+    sFixed mFixed = sFixed::Zero;
+    sPoint mPoint;
+    sSize mSize;
+    sRect mRect;
+    sColor mColor;
+    sColorF mColorF;
+    sTexcoord mTexcoord;
+    sVector mVector;
+
+    // Every firing: the watched sequencer's whole frame, and the argument.
+    struct sFiring {
+        int mFrame;
+        u32 mArgument;
+    };
+    static std::vector<sFiring> sFirings;
+    static Sequencer* spWatched;
+
+    DECLARE_TYPEINFO(UniqueTypeInfo<Probe>)
+};
+
+class SequencerTest : public ResourceTest {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // A sequence of frames 0 to end with one Probe track "p".
+    SequencerResourceIntermediate* makeSequence(u32 end = 100);
+    // Adds the lane of the Probe control of that name to track "p".
+    void addLane(SequencerResourceIntermediate* sequence, char const* control, char const* track = "p");
+    template <typename T>
+    void addKey(SequencerResourceIntermediate* sequence, char const* lane, u32 frame,
+                SequencerResource::eInterpolateType mode, T value, char const* track = "p")
+    {
+        sequence->addKey(track, lane, frame, mode);
+        sequence->setKeyParameter(track, lane, frame, &value);
+    }
+    void addTriggerKey(SequencerResourceIntermediate* sequence, char const* lane, u32 frame, u32 value = 0);
+    // The object of track index.
+    static Probe* probe(Sequencer const& sequencer, u32 track = 0);
+    // Whole frames at which the triggers fired.
+    static std::vector<int> firedFrames();
+
+    std::vector<SequencerResource*> mResources; // released in TearDown
+};
