@@ -80,14 +80,12 @@ SequencerResource::sKeyLayout const kKeyLayouts[] = {
     {141, "SequencerUniqueKey<sFixed>", 8, 1, 4},
 };
 
-// Native track and lane arrays hold pointers: 8-byte alignment, where other
-// payloads of the resource heap keep 4. Zeroed, so that a load that stops
-// half-way releases only what it made.
+// From the resource heap, whose blocks suit the pointers of the native track
+// and lane arrays. Zeroed, so that a load that stops half-way releases only
+// what it made.
 void* allocateArray(u32 size)
 {
-    AllocatorBase* allocator = ResourceBase::getAllocator();
-    void* block = (allocator != nullptr) ? allocator->allocate(static_cast<int>(size), 8)
-                                         : static_cast<void*>(new (std::nothrow) u8[size]);
+    void* block = ResourceBase::allocate(size);
     if (block == nullptr) {
         dev_assert("Sequence allocation failed.", __FILE__, __LINE__);
     }
