@@ -9,7 +9,6 @@
 #include "sequencer/sequencerresource.h"
 
 #include <cstring>
-#include <new>
 
 #include "app/application.h"
 #include "foundation/debug.h"
