@@ -10,6 +10,8 @@
 #include "foundation/autostring.h"
 #include "foundation/debug.h"
 #include "platform/platform.h"
+#include "serial/stream.h"
+#include "serial/xmlreader.h"
 
 namespace fuzz {
 
@@ -67,6 +69,13 @@ char const* writeInput(u8 const* data, size_t size, char const* extension)
     }
     fclose(file);
     return path;
+}
+
+bool isWellFormedXml(char const* path)
+{
+    TextFileStream stream(path, Stream::eMode_Read);
+    XmlReader reader;
+    return runGuarded([&] { reader.parse(&stream); });
 }
 
 bool runGuarded(void (*body)(void*), void* user)

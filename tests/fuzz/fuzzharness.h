@@ -18,6 +18,9 @@ void setup();
 // ("xml", "tga") and answers its path, valid until the next call.
 char const* writeInput(u8 const* data, size_t size, char const* extension);
 
+// Whether the XML reader parses the file without a fatal error.
+bool isWellFormedXml(char const* path);
+
 // Runs body(user). A fatal error inside it ends body there by longjmp, so
 // what must be freed (streams, readers) lives outside body; false then.
 bool runGuarded(void (*body)(void*), void* user);
