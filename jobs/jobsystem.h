@@ -170,11 +170,11 @@ private:
     u32 mJobThreadNum;
     // The two counters are written by every thread in a batch: each gets
     // a cache line of its own, away from the fields read per claim.
-    u8 mPadIndex[64];
+    [[maybe_unused]] u8 mPadIndex[64];
     Atomic mJobIndex;
-    u8 mPadEnd[64];
+    [[maybe_unused]] u8 mPadEnd[64];
     Atomic mEndCount;
-    u8 mPadEvent[64];
+    [[maybe_unused]] u8 mPadEvent[64];
     Event mEndEvent;
 
     static JobSystem* mpInstance;
