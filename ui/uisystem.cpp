@@ -451,8 +451,21 @@ void UISystem::notifyMainMenuSelect(UIMenu* menu)
     mpMenu = menu;
 }
 
+// The closed menus keep living with their owners, but input must not stay
+// with them: keys would go on reaching a menu that is no longer shown.
 void UISystem::notifyMenuEnd()
 {
+    for (UIMenu* menu = mpMenu; menu != nullptr; menu = menu->getSubMenu()) {
+        if (mpFocus == menu) {
+            defocus();
+        }
+        if (mpCapture == menu) {
+            mpCapture = nullptr;
+        }
+        if (mpLastClickTarget == menu) {
+            mpLastClickTarget = nullptr;
+        }
+    }
     mpMenu = nullptr;
     if (mpMainMenu != nullptr) {
         mpMainMenu->initialize();
