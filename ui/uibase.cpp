@@ -27,7 +27,7 @@ void UIBase::deallocate(void* pointer)
 UIBase::UIBase(unsigned int attribute)
     : mpParent(nullptr), mpMenu(nullptr), mCursor(eCursor_Normal), mAttribute(attribute),
       mStatus(eStatus_Visible | eStatus_Enabled), mBorderStyle(eBorderStyle_None), mBorderColor(sColor::Black),
-      mDragging(false), mDragButton(0), mDelegate(false), mFindKey(this)
+      mDragging(false), mDragButton(0), mDelegate(false), mBroadcasting(false), mFindKey(this)
 {
 }
 
@@ -417,11 +417,16 @@ void UIBase::sendMessage(UIMessage const& message, UIBase* sender)
     }
 
     if (goesDown) {
+        mBroadcasting = true;
         for (UIBase* child : mChildren) {
             child->sendMessage(message, sender);
         }
+        mBroadcasting = false;
     }
-    if (mDelegate && mpParent != nullptr) {
+    // A child that delegates a broadcast would hand it back to the parent
+    // that is walking it down: the parent has seen it already.
+    bool const fromParent = message.isBroadcast() && mpParent != nullptr && mpParent->mBroadcasting;
+    if (mDelegate && mpParent != nullptr && !fromParent) {
         mpParent->sendMessage(message, sender);
     }
     mDelegate = savedDelegate;

@@ -212,5 +212,6 @@ private:
     sPoint mDragAmount;
     sSize mMinimumSize;
     bool mDelegate;
+    bool mBroadcasting; // walking a broadcast down to the children
     void* mFindKey;
 };

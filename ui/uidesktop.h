@@ -1,21 +1,52 @@
 // UIDesktop: the root widget behind all windows, as large as the application
 // window. Input that hits nothing else lands here, so a press on it closes
-// menus and takes the focus away. Owned by UISystem; main thread, painted in
-// a job of its own. Wallpaper, start menu and shortcuts build on it.
+// menus and takes the focus away. It paints the wallpaper stretched over the
+// whole window, carries the start menu that a right click opens, and holds
+// the Ctrl+Alt shortcuts of the manager windows. Owned by UISystem.
 #pragma once
 
 #include "ui/uibase.h"
 
+class ResourceBase;
 class UIMainMenu;
+class UIDialog;
 
 class UIDesktop : public UIBase {
 public:
     UIDesktop();
+    // Releases the wallpaper.
     ~UIDesktop() override;
 
     // Always null: nothing sets it.
     UIMainMenu* getMainMenu() const { return mpMainMenu; }
+    // A TextureResource or null; one reference held.
+    ResourceBase* getWallpaper() const { return mpWallpaper; }
+
+    UIShortcutBase const* findShortcut(unsigned int keyCode, unsigned int combinationKey) const override;
+    void eventPaint(UIPainter* painter) override;
+    // "Wallpaper": the texture resource, persisted with the UI's settings.
+    void makePropertyList(PropertyList& list) override;
+
+    // The start menu's actions. The manager windows, the tool chooser and
+    // the file dialog belong to the tool layer, which installs them here.
+    typedef void (*Launcher)();
+    enum eLauncher {
+        eLauncher_SystemManager,
+        eLauncher_ResourceManager,
+        eLauncher_UnitManager,
+        eLauncher_Tool,
+        eLauncher_ChangeWallpaper,
+        eLauncher_Num
+    };
+    static void setLauncher(eLauncher which, Launcher launcher);
+    void launchSystemManager();
+    void launchResourceManager();
+    void launchUnitManager();
+    void lanchTool();
+    void changeWallpaper();
 
 private:
     UIMainMenu* mpMainMenu;
+    ResourceBase* mpWallpaper;
+    static Launcher sLaunchers[eLauncher_Num];
 };

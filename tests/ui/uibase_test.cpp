@@ -108,7 +108,7 @@ TEST_F(UITest, EachMessageReachesItsEventAndBroadcastsReachTheSubtree)
     EXPECT_EQ(parent.findKey(&mLog), grandchild);
     EXPECT_TRUE(parent.validate());
     grandchild->remove();
-    EXPECT_EQ(child->getChildCount(), 0u);
+    EXPECT_EQ(child->find(grandchild), nullptr);
     delete grandchild;
 }
 

@@ -290,6 +290,8 @@ TEST_F(UITest, TheDesktopIsTheLastHitAndAPressOnItLeavesNoActiveWindow)
     click(300, 300, 2);
     EXPECT_EQ(mpUI->getCapture(), nullptr);
     EXPECT_EQ(mpUI->getActiveWindow(), nullptr);
+    EXPECT_EQ(mpUI->getMenu(), mpUI->getDesktop()->getMenu()) << "the start menu";
+    mpUI->notifyMenuEnd();
     Probe* window = openWindow("W", sRect(100, 100, 200, 200));
     EXPECT_EQ(mpUI->getActiveWindow(), window);
     press(300, 300);

@@ -33,7 +33,7 @@ int const kContentOrigin = 100;
 
 Probe::Probe(char const* name, std::vector<std::string>* log, sRect const& rect, unsigned int windowAttribute,
              unsigned int attribute)
-    : UIWindow(nullptr, windowAttribute), mName(name), mpLog(log)
+    : UIWindow(UIWindow::eStyle_Plain, windowAttribute, false, false, false, 0, nullptr), mName(name), mpLog(log)
 {
     setAttribute(attribute);
     setMinimumSize(sSize(0, 0));

@@ -31,6 +31,8 @@ public:
     Probe(char const* name, std::vector<std::string>* log, sRect const& rect, unsigned int windowAttribute = 0,
           unsigned int attribute = 0);
 
+    // Probes also stand for plain nodes of a widget tree: no top limit.
+    void eventMove() override {}
     void eventCreate() override { note("Create"); }
     void eventDestroy() override { note("Destroy"); }
     void eventActive() override;
