@@ -25,6 +25,41 @@ start_widget_probe() {
   wait_for_trace ' probe Active '
 }
 
+# start_desktop_probe BUILD LOGNAME: the host with two windows open
+# (tests/desktopprobe), under a window manager that leaves Alt+F4 to it.
+start_desktop_probe() {
+  local probe="$1/tests/desktopprobe/desktopprobe"
+  [ -x "$probe" ] || fail "no probe program at $probe"
+  export WM_CLOSE_KEY=super+F4
+  start_x_session
+  start_host "$probe" "Harbor Desktop Probe" "$ARTIFACTS/$2.stderr"
+}
+
+# expect_state EXPRESSION VALUE [contains]: what the debugger prints for it
+# in the running host is VALUE (or holds it).
+expect_state() {
+  local got
+  got=$(debugger_print "$1")
+  if [ "${3:-}" = contains ]; then [[ "$got" == *"$2"* ]] && return 0
+  else [ "$got" = "$2" ] && return 0
+  fi
+  cat "$HOST_LOG" >&2
+  fail "$1 is '$got', wanted '$2'"
+}
+# wait_for_state EXPRESSION VALUE [contains]: the same, waiting up to 10 s.
+wait_for_state() {
+  local got
+  for _ in $(seq 20); do
+    got=$(debugger_print "$1")
+    if [ "${3:-}" = contains ]; then [[ "$got" == *"$2"* ]] && return 0
+    else [ "$got" = "$2" ] && return 0
+    fi
+    sleep 0.5
+  done
+  cat "$HOST_LOG" >&2
+  fail "$1 stays '$got', wanted '$2'"
+}
+
 # wait_for_trace PATTERN [SECONDS]: until the log has a line matching the
 # extended regular expression, or fails.
 wait_for_trace() {
@@ -51,6 +86,11 @@ double_click_at() {
     mousedown "${3:-1}" sleep 0.06 mouseup "${3:-1}"
   sleep 0.2
 }
+# Pressing, moving and releasing apart, each held over a few frames.
+press_at() { point_at "$1" "$2"; xdotool mousedown "${3:-1}"; sleep 0.15; }
+move_to() { point_at "$1" "$2"; }
+release_at() { point_at "$1" "$2"; xdotool mouseup "${3:-1}"; sleep 0.15; }
+drag_from_to() { press_at "$1" "$2"; move_to "$3" "$4"; release_at "$3" "$4"; }
 # type_keys KEY...: xdotool key names, each held over a few frames.
 type_keys() {
   for k in "$@"; do xdotool keydown "$k"; sleep 0.1; xdotool keyup "$k"; sleep 0.1; done

@@ -17,7 +17,20 @@ start_x_session() {
   # that may never see its map notification.
   local ready
   ready=$(mktemp -u)
-  openbox --startup "touch $ready" >/dev/null 2>&1 &
+  # With WM_CLOSE_KEY set the window manager closes windows with that key
+  # instead of Alt+F4, which then reaches the program.
+  local config=()
+  if [ -n "${WM_CLOSE_KEY:-}" ]; then
+    OPENBOX_RC=$(mktemp --suffix=.xml)
+    cat >"$OPENBOX_RC" <<RC
+<?xml version="1.0"?>
+<openbox_config xmlns="http://openbox.org/3.4/rc">
+  <keyboard><keybind key="W-F4"><action name="Close"/></keybind></keyboard>
+</openbox_config>
+RC
+    config=(--config-file "$OPENBOX_RC")
+  fi
+  openbox "${config[@]}" --startup "touch $ready" >/dev/null 2>&1 &
   WM_PID=$!
   for _ in $(seq 200); do [ -e "$ready" ] && break; sleep 0.05; done
   [ -e "$ready" ] || fail "window manager did not start"
@@ -29,6 +42,7 @@ stop_x_session() {
   [ -n "${APP_PID:-}" ] && kill -KILL "$APP_PID" 2>/dev/null || true
   kill "$WM_PID" 2>/dev/null || true
   kill "$XVFB_PID" 2>/dev/null || true
+  [ -n "${OPENBOX_RC:-}" ] && rm -f "$OPENBOX_RC"
   wait 2>/dev/null || true
 }
 
@@ -67,7 +81,7 @@ close_and_wait() {
   # A busy machine may lose a key press: it is sent again until the program ends.
   for _ in $(seq 10); do
     activate "$1"
-    xdotool key --clearmodifiers alt+F4
+    xdotool key --clearmodifiers "${WM_CLOSE_KEY:-alt+F4}"
     for _ in $(seq 40); do kill -0 "$APP_PID" 2>/dev/null || break 2; sleep 0.05; done
   done
   wait_exit
