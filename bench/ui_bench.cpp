@@ -1,10 +1,12 @@
-// The widget toolkit's frame against Dear ImGui's. 20 top-level windows of
-// 50 simple widgets each (a frame, a fill and a 10-character text per
-// widget): per frame the input routing with update and layout
-// (UISystem::update) and the paint recording (UISystem::draw), wall and CPU
-// time, on one job thread and on all of them. The same screen in Dear ImGui
-// (20 windows of 50 buttons with the same labels, NewFrame to Render, no
-// GL back end) gives its CPU time per frame. Headless: only recording.
+// The widget toolkit's frame against Dear ImGui's. 20 real windows (title
+// bar, system buttons, a size grip, a form of 50 rows of buttons with a
+// vertical scroll bar) and the desktop's menu open: per frame the input
+// routing with update and layout (UISystem::update) and the paint recording
+// (UISystem::draw), wall and CPU time, on one job thread and on all of them.
+// The same screen in Dear ImGui (20 windows of 50 buttons a row each with
+// their scroll bars, and a window of the eight menu rows, NewFrame to
+// Render, no GL back end) gives its CPU time per frame. Headless: only
+// recording.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -12,6 +14,7 @@
 #include <ctime>
 
 #include "app/application.h"
+#include "machineload.h"
 #include "app/systemmanager.h"
 #include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
@@ -23,6 +26,9 @@
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
 #include "tool/toolsystem.h"
+#include "ui/uibutton.h"
+#include "ui/uidesktop.h"
+#include "ui/uimenu.h"
 #include "ui/uipainter.h"
 #include "ui/uisystem.h"
 #include "ui/uiwindow.h"
@@ -35,9 +41,10 @@ namespace {
 
 int const kWindows = 20;
 int const kWidgets = 50;
-int const kColumns = 5;
 int const kCellWidth = 66;
 int const kCellHeight = 18;
+unsigned int const kWindowWidth = 340;
+unsigned int const kWindowHeight = 240;
 
 typedef std::chrono::steady_clock Clock;
 
@@ -57,42 +64,29 @@ void label(char* text, int index)
     snprintf(text, 11, "Widget%04d", index);
 }
 
-class BenchWidget : public UIBase {
-public:
-    explicit BenchWidget(int index)
-    {
-        label(mLabel, index);
-        setPosition(sPoint(4 + (index % kColumns) * kCellWidth, 20 + (index / kColumns) * kCellHeight));
-        setSize(sSize(kCellWidth - 2, kCellHeight - 2));
-    }
-    void eventPaint(UIPainter* painter) override
-    {
-        UISystem const* ui = UISystem::getInstance();
-        sRect const rect(getSize());
-        painter->drawRect(rect, ui->mClientRegionColor);
-        painter->drawFrame(rect, ui->mDarkLightColor);
-        painter->drawString(rect, mLabel, ui->mClientFontColor, eAlignment_CenterMiddle);
-    }
-
-private:
-    char mLabel[11];
-};
-
 class BenchWindow : public UIWindow {
 public:
     explicit BenchWindow(int index)
+        : UIWindow(eStyle_Convex, eWindowAttribute_TitleBar | eWindowAttribute_Movable | eWindowAttribute_Sizable, true,
+                   true, true, UIForm::eFormAttribute_ScrollBar | UIForm::eFormAttribute_AutoAlign, nullptr)
     {
+        snprintf(mTitle, sizeof(mTitle), "Window %d", index);
+        setTitle(AutoString(mTitle));
         setPosition(sPoint(16 + index * 24, 16 + index * 16));
-        setSize(sSize(kColumns * kCellWidth + 8, 24 + (kWidgets / kColumns) * kCellHeight));
+        setSize(sSize(kWindowWidth, kWindowHeight));
         for (int i = 0; i < kWidgets; ++i) {
-            add(new BenchWidget(i));
+            label(mLabels[i], i);
+            UIButton* button = new UIButton();
+            button->setAttribute(UIBase::eAttribute_RowItem);
+            button->setCaption(mLabels[i]);
+            button->setSize(sSize(kCellWidth - 2, kCellHeight - 2));
+            addClient(button);
         }
     }
-    void eventPaint(UIPainter* painter) override
-    {
-        painter->drawRect(sRect(getSize()), UISystem::getInstance()->mWindowColor);
-        painter->drawConvexRect(sRect(getSize()));
-    }
+
+private:
+    char mTitle[16];
+    char mLabels[kWidgets][11];
 };
 
 class BenchApplication : public Application {
@@ -135,10 +129,15 @@ public:
         RenderSystem::getInstance()->addPostprocessDependency(ToolSystem::getInstance());
         RenderSystem::getInstance()->addDestroyDependency(ToolSystem::getInstance());
         manager->order();
+        UISystem* ui = UISystem::getInstance();
         for (int i = 0; i < kWindows; ++i) {
-            UISystem::getInstance()->addWindow(new BenchWindow(i));
+            ui->addWindow(new BenchWindow(i));
         }
         manager->preprocess();
+        UIMenu* menu = ui->getDesktop()->getMenu();
+        menu->initialize();
+        menu->setPosition(sPoint(800, 100));
+        ui->notifyMainMenuSelect(menu);
     }
 
     static void end()
@@ -187,6 +186,9 @@ void BM_UIFrame(benchmark::State& state)
 BENCHMARK(BM_UIFrame)->ArgNames({"one_thread"})->Arg(1)->Arg(0)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 #ifdef HARBOR_BENCH_IMGUI
+char const* const kMenuRows[] = {"SystemManager", "ResourceManager", "UnitManager", "TextureManager", nullptr,
+                                 "Tool",          nullptr,           "Change Wallpaper"};
+
 // The same screen in Dear ImGui: its whole frame, with the vertex lists it
 // builds, on this thread.
 void BM_ImGuiFrame(benchmark::State& state)
@@ -208,18 +210,24 @@ void BM_ImGuiFrame(benchmark::State& state)
         for (int w = 0; w < kWindows; ++w) {
             snprintf(title, sizeof(title), "Window %d", w);
             ImGui::SetNextWindowPos(ImVec2(16.0f + w * 24.0f, 16.0f + w * 16.0f), ImGuiCond_Always);
-            ImGui::SetNextWindowSize(ImVec2(kColumns * kCellWidth + 8.0f, 24.0f + (kWidgets / kColumns) * kCellHeight),
-                                     ImGuiCond_Always);
+            ImGui::SetNextWindowSize(ImVec2(kWindowWidth, kWindowHeight), ImGuiCond_Always);
             ImGui::Begin(title);
             for (int i = 0; i < kWidgets; ++i) {
                 label(text, i);
-                if (i % kColumns != 0) {
-                    ImGui::SameLine();
-                }
-                ImGui::Button(text);
+                ImGui::Button(text, ImVec2(-1.0f, 0.0f));
             }
             ImGui::End();
         }
+        ImGui::SetNextWindowPos(ImVec2(800.0f, 100.0f), ImGuiCond_Always);
+        ImGui::Begin("Menu", nullptr, ImGuiWindowFlags_NoTitleBar | ImGuiWindowFlags_AlwaysAutoResize);
+        for (char const* row : kMenuRows) {
+            if (row == nullptr) {
+                ImGui::Separator();
+            } else {
+                ImGui::Selectable(row);
+            }
+        }
+        ImGui::End();
         ImGui::Render();
         benchmark::DoNotOptimize(ImGui::GetDrawData()->TotalVtxCount);
         cpu += cpuMillisecondsSince(cpuStart);
@@ -239,6 +247,7 @@ int main(int argc, char** argv)
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
+    reportMachineLoad();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     Harness::end();
