@@ -19,16 +19,23 @@ inline void reportMachineLoad()
     benchmark::AddCustomContext("processors", std::to_string(std::thread::hardware_concurrency()));
 }
 
-// A main that reports the load first; for benchmarks with nothing to end.
-#define HARBOR_BENCHMARK_MAIN()                                                                                        \
-    int main(int argc, char** argv)                                                                                    \
-    {                                                                                                                  \
-        benchmark::Initialize(&argc, argv);                                                                            \
-        if (benchmark::ReportUnrecognizedArguments(argc, argv)) {                                                      \
-            return 1;                                                                                                  \
-        }                                                                                                              \
-        reportMachineLoad();                                                                                           \
-        benchmark::RunSpecifiedBenchmarks();                                                                           \
-        benchmark::Shutdown();                                                                                         \
-        return 0;                                                                                                      \
+// The body of a benchmark main: reports the load first, runs the benchmarks,
+// then end (null: nothing to end) tears down what they built, so that the
+// heaps' leak checks see it.
+inline int runBenchmarks(int argc, char** argv, void (*end)() = nullptr)
+{
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
     }
+    reportMachineLoad();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    if (end != nullptr) {
+        end();
+    }
+    return 0;
+}
+
+#define HARBOR_BENCHMARK_MAIN()                                                                                        \
+    int main(int argc, char** argv) { return runBenchmarks(argc, argv); }

@@ -207,13 +207,5 @@ BENCHMARK(BM_PlainEvaluatorStepLinear)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    reportMachineLoad();
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    delete gpApplication;
-    return 0;
+    return runBenchmarks(argc, argv, [] { delete gpApplication; });
 }

@@ -243,13 +243,5 @@ BENCHMARK(BM_ImGuiFrame)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    reportMachineLoad();
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    Harness::end();
-    return 0;
+    return runBenchmarks(argc, argv, &Harness::end);
 }

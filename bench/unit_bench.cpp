@@ -229,13 +229,5 @@ BENCHMARK(BM_UnitFrame)
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    reportMachineLoad();
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    Harness::end();
-    return 0;
+    return runBenchmarks(argc, argv, &Harness::end);
 }

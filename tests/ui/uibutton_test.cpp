@@ -35,12 +35,7 @@ protected:
         frame();
         return widget;
     }
-    // Clicks and presses a second apart, so that none becomes a double click.
-    void tap(int x, int y, u16 button = 1)
-    {
-        advance(1000);
-        click(x, y, button);
-    }
+    // A press a second after the last click.
     void hold(int x, int y)
     {
         advance(1000);

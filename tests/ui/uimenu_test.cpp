@@ -25,11 +25,6 @@ struct Actions {
 
 class MenuTest : public UITest {
 protected:
-    void tap(int x, int y, u16 button = 1)
-    {
-        advance(1000);
-        click(x, y, button);
-    }
     void type(u32 usage)
     {
         key(usage, true);

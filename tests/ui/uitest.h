@@ -76,6 +76,12 @@ protected:
     void key(u32 usage, bool down);
     // press, frame, release, frame.
     void click(int x, int y, u16 button = 1);
+    // A click a second after the last one, so that it is never a double click.
+    void tap(int x, int y, u16 button = 1)
+    {
+        advance(1000);
+        click(x, y, button);
+    }
     void advance(u64 milliseconds) { clock().mNow += milliseconds * 1000000ull; }
     // A window Probe at rect, added and admitted with one frame.
     Probe* openWindow(char const* name, sRect const& rect, unsigned int windowAttribute = 0);

@@ -29,11 +29,6 @@ protected:
         frame();
         return window;
     }
-    void tap(int x, int y, u16 button = 1)
-    {
-        advance(1000);
-        click(x, y, button);
-    }
     void drag(sPoint from, sPoint to)
     {
         advance(1000);
