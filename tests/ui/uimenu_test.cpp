@@ -168,3 +168,33 @@ TEST_F(MenuTest, TheKeyboardSkipsSeparatorsStopsAtTheEndsAndHonoursDisabledItems
     EXPECT_EQ(actions.mFired, "a");
     EXPECT_EQ(mpUI->getMenu(), nullptr);
 }
+
+TEST_F(MenuTest, TheActiveWindowsBarOpensItsMenusAndDropsItsHighlightWhenTheChainCloses)
+{
+    Actions actions;
+    Probe* window = openWindow("w", sRect(100, 100, 400, 400));
+    UIMenu* file = new UIMenu();
+    file->addItem("Open", &actions, &Actions::a);
+    UIMainMenu* bar = new UIMainMenu();
+    bar->addItem("File", file);
+    bar->addItem("Edit", new UIMenu());
+    window->setMainMenu(bar);
+    mpUI->setActiveWindow(nullptr);
+    tap(200, 200); // activating the window makes its bar current
+    ASSERT_EQ(mpUI->getMainMenu(), bar);
+    EXPECT_EQ(bar->getItem(0)->getRegion(), sRect(0, 0, 4 * 6 + 16, 16));
+    EXPECT_EQ(bar->getItem(1)->getRegion(), sRect(40, 0, 80, 16));
+    EXPECT_EQ(bar->getMenuIndex(sPoint(60, 8)), 1);
+    EXPECT_EQ(bar->getMenuIndex(sPoint(200, 8)), -1);
+
+    move(10, 8);
+    frame();
+    EXPECT_EQ(bar->getSelectItem(), bar->getItem(0));
+    tap(10, 8);
+    ASSERT_EQ(mpUI->getMenu(), file);
+    EXPECT_EQ(file->getPosition(), sPoint(0, 16));
+    tap(row(file, 0).x, row(file, 0).y);
+    EXPECT_EQ(actions.mFired, "a");
+    EXPECT_EQ(mpUI->getMenu(), nullptr);
+    EXPECT_EQ(bar->getSelectItem(), nullptr) << "closing the chain drops the bar's highlight";
+}
