@@ -433,6 +433,8 @@ void Sequencer::build()
         sTrackData& track = mpTrackArray[t];
         TypeInfo const* type = TypeInfo::find(tracks[t].mObjectTypeID);
         track.mpObject = (type != nullptr) ? type->newInstance() : nullptr;
+        track.mNested = track.mpObject != nullptr &&
+                        track.mpObject->getTypeInfo()->isDerivedFrom(Sequencer::getStaticTypeInfo());
         if (track.mpObject == nullptr || tracks[t].mLaneNum == 0) {
             continue;
         }
@@ -458,6 +460,11 @@ void Sequencer::build()
                     break;
                 }
                 lane.mpControl = control->duplicate();
+                lane.mControlType = control->getType();
+                if (lane.mControlType == eControlType_Property) {
+                    lane.mpProperty = static_cast<PropertyControl*>(lane.mpControl)->getProperty();
+                    lane.mPropertyType = lane.mpProperty->getType();
+                }
                 lane.mpKeys = native.mpKeyArray;
                 lane.mKeyNum = (native.mpKeyArray != nullptr) ? native.mKeyNum : 0;
                 lane.mKeyStride = native.mKeyStride;
@@ -676,7 +683,7 @@ void Sequencer::applyTrackSequence(sFixed step)
             if (lane.mpControl == nullptr) {
                 continue;
             }
-            if (lane.mpControl->getType() != eControlType_Property) {
+            if (lane.mControlType != eControlType_Property) {
                 applyTriggerControl(&lane);
             } else {
                 applyPropertyControl(&lane);
@@ -688,9 +695,8 @@ void Sequencer::applyTrackSequence(sFixed step)
 
 void Sequencer::applyObjectDependedTask(sTrackData* track, sFixed step)
 {
-    ObjectBase* object = track->mpObject;
-    if (object != nullptr && object->getTypeInfo()->isDerivedFrom(Sequencer::getStaticTypeInfo())) {
-        static_cast<Sequencer*>(object)->update(step);
+    if (track->mNested) {
+        static_cast<Sequencer*>(track->mpObject)->update(step);
     }
 }
 
@@ -760,8 +766,8 @@ void Sequencer::applyPropertyControl(sLaneData* lane)
     if (lane->mKeyNum == 0) {
         return;
     }
-    PropertyBase* property = static_cast<PropertyControl*>(lane->mpControl)->getProperty();
-    u32 const type = property->getType();
+    PropertyBase* property = lane->mpProperty;
+    u32 const type = lane->mPropertyType;
     if (checkKeyUpdate(lane)) {
         updateLaneInterpolateData(lane, type);
     }

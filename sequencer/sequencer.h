@@ -12,6 +12,7 @@
 
 class AllocatorBase;
 class ControlBase;
+class PropertyBase;
 class SequencerResource;
 struct sNativeMarker;
 
@@ -27,6 +28,11 @@ public:
 
     struct sLaneData {
         ControlBase* mpControl; // owned duplicate; null for an unbound lane
+        // Read once at binding: playback touches neither the control nor
+        // the property's type again on its way to the value.
+        PropertyBase* mpProperty; // the control's property; null for triggers
+        u32 mPropertyType;
+        u32 mControlType;
         u8 const* mpKeys;       // the resource's key block
         u32 mKeyNum;
         u8 mKeyStride;
@@ -43,6 +49,7 @@ public:
         ObjectBase* mpObject; // owned
         sLaneData* mpLaneArray;
         u32 mLaneNum;
+        bool mNested; // the object is a Sequencer, stepped with this one
     };
 
     // allocator null: plain array allocation.
