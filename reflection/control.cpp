@@ -233,12 +233,3 @@ TriggerControlBase::TriggerControlBase(char const* name, unsigned int argumentTy
     : ControlBase(eControlType_Trigger, static_cast<u8>(argumentType), 0), mpName(name), mNameHash(Utils::hash(name))
 {
 }
-
-// ---------------------------------------------------------------------------
-// The widget factory. The control widgets are not built yet: until they are,
-// no control has a widget.
-
-UIBase* Utils::makeUIFromControl(ControlBase*)
-{
-    return nullptr;
-}

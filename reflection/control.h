@@ -13,6 +13,7 @@
 #include "reflection/property.h"
 
 class TypeInfo;
+class UIBase;
 
 enum eControlType {
     eControlType_Property = 0,
@@ -218,6 +219,19 @@ public:
 private:
     FunctorIntermediate<void, void>* mpFunctor;
 };
+
+// ---------------------------------------------------------------------------
+// Widgets for the editing forms of classes below the widget layer, which
+// cannot name the widget classes. Made where the widgets live, as
+// Utils::makeUIFromControl is; each widget takes its own reference to the
+// property.
+
+// A captioned field over the full range of the property's type.
+UIBase* makeParameterControlUI(PropertyBase* property);
+// One control per element of an array property, in a group box.
+UIBase* makeControlArrayUI(PropertyBase* property);
+// A preview of the Texture an object property holds.
+UIBase* makeTextureControlUI(PropertyBase* property);
 
 // ---------------------------------------------------------------------------
 

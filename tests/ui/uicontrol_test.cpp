@@ -1,0 +1,642 @@
+// Property controls: numeric clamping and the text forms of each value type,
+// the typing rules of text fields, commit on Return or loss of focus, the
+// slide button's factors and the 10-pixel step of integers, and a form made
+// from an object with one property of every value type, edited through real
+// mouse and key events and kept through a round trip of the settings file.
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "foundation/utils.h"
+#include "host/settingsfile.h"
+#include "reflection/control.h"
+#include "reflection/property.h"
+#include "ui/uicontrol.h"
+#include "ui/uicontrolcomposite.h"
+#include "ui/uilist.h"
+#include "ui/uimessage.h"
+#include "uitest.h"
+
+using namespace uitest;
+
+namespace {
+
+u32 const kUsageA = 4;
+u32 const kUsage1 = 30;
+u32 const kUsage0 = 39;
+u32 const kUsageReturn = 40;
+u32 const kUsageMinus = 45;
+u32 const kUsageSpace = 44;
+u32 const kUsagePeriod = 55;
+u32 const kUsageDown = 81;
+u32 const kUsageUp = 82;
+u32 const kUsageLeftControl = 224;
+u32 const kUsageLeftShift = 225;
+
+// The usage that types c: lower-case letters, digits, "-" and ".".
+u32 usageOf(char c)
+{
+    if (c >= 'a' && c <= 'z') {
+        return kUsageA + static_cast<u32>(c - 'a');
+    }
+    if (c >= '1' && c <= '9') {
+        return kUsage1 + static_cast<u32>(c - '1');
+    }
+    switch (c) {
+    case '0':
+        return kUsage0;
+    case '-':
+        return kUsageMinus;
+    case '.':
+        return kUsagePeriod;
+    default:
+        return kUsageSpace;
+    }
+}
+
+uNumeric numeric(long long value)
+{
+    uNumeric n;
+    n.mS64 = value;
+    return n;
+}
+
+// One property of every value type, with a flag mask, an enumeration and a
+// trigger, as a game class would offer them.
+class Everything : public ObjectBase {
+public:
+    bool mBool = false;
+    s8 mS8 = 0;
+    s16 mS16 = 0;
+    s32 mS32 = 0;
+    s64 mS64 = 0;
+    u8 mU8 = 0;
+    u16 mU16 = 0;
+    u32 mU32 = 0;
+    u64 mU64 = 0;
+    float mF32 = 0.0f;
+    double mF64 = 0.0;
+    sSize mSize = sSize(0, 0);
+    sPoint mPoint = sPoint(0, 0);
+    sRect mRect = sRect(0, 0, 0, 0);
+    sColor mColor = sColor(0, 0, 0, 0);
+    sColorF mColorF = sColorF(1.0f, 1.0f, 1.0f, 1.0f);
+    sTexcoord mTexcoord = sTexcoord(0, 0);
+    sFixed mFixed = sFixed::Zero;
+    sVector mVector = sVector(sFixed::Zero, sFixed::Zero);
+    AutoString mString = "old";
+    u32 mFlags = 0;
+    u32 mMode = 0;
+    s32 mAdded = 0;
+
+    void add(s32 amount) { mAdded += amount; }
+
+    void makePropertyList(PropertyList& list) override
+    {
+        list.add(new ReferenceProperty<bool>("Bool", &mBool));
+        list.add(new ReferenceProperty<s8>("S8", &mS8));
+        list.add(new ReferenceProperty<s16>("S16", &mS16));
+        list.add(new ReferenceProperty<s32>("S32", &mS32));
+        list.add(new ReferenceProperty<s64>("S64", &mS64));
+        list.add(new ReferenceProperty<u8>("U8", &mU8));
+        list.add(new ReferenceProperty<u16>("U16", &mU16));
+        list.add(new ReferenceProperty<u32>("U32", &mU32));
+        list.add(new ReferenceProperty<u64>("U64", &mU64));
+        list.add(new ReferenceProperty<float>("F32", &mF32));
+        list.add(new ReferenceProperty<double>("F64", &mF64));
+        list.add(new ReferenceProperty<sSize>("Size", &mSize));
+        list.add(new ReferenceProperty<sPoint>("Point", &mPoint));
+        list.add(new ReferenceProperty<sRect>("Rect", &mRect));
+        list.add(new ReferenceProperty<sColor>("Color", &mColor));
+        list.add(new ReferenceProperty<sColorF>("ColorF", &mColorF));
+        list.add(new ReferenceProperty<sTexcoord>("Texcoord", &mTexcoord));
+        list.add(new ReferenceProperty<sFixed>("Fixed", &mFixed));
+        list.add(new ReferenceProperty<sVector>("Vector", &mVector));
+        list.add(new ReferenceProperty<AutoString>("Text", &mString));
+        list.add(new ReferenceProperty<u32>("Flags", &mFlags));
+        list.add(new ReferenceProperty<u32>("Mode", &mMode));
+    }
+
+    void makeControlList(List<ControlBase>& list) override
+    {
+        static sMaskInfo const masks[] = {{"Solid", 1}, {"Glow", 2}, {"Loop", 4}};
+        static sEnumInfo const modes[] = {{"DISC", 0}, {"UNIFORMLY_DISC", 1}, {"RING", 7}};
+        PropertyList properties;
+        makePropertyList(properties);
+        for (PropertyList::Iterator it = properties.begin(); it != properties.end(); ++it) {
+            PropertyBase* property = *it;
+            std::string const name = property->getName();
+            if (name == "Flags") {
+                list.addLast(new PropertyControl(property, masks, 3));
+            } else if (name == "Mode") {
+                list.addLast(new PropertyControl(property, modes, 3));
+            } else if (name == "S16") {
+                list.addLast(new PropertyControl(property, static_cast<s16>(-100), static_cast<s16>(100)));
+            } else {
+                list.addLast(new PropertyControl(property));
+            }
+        }
+        list.addLast(new TriggerControl<s32>("Add", this, &Everything::add));
+    }
+
+    DECLARE_TYPEINFO(UniqueTypeInfo<Everything>)
+};
+
+IMPLEMENT_OBJECT_TYPEINFO(Everything, "ObjectBase");
+
+} // namespace
+
+class ControlTest : public UITest {
+protected:
+    // A window at (0, 16) whose client area aligns its widgets in rows.
+    UIWindow* openForm(sSize size = sSize(636, 460))
+    {
+        UIWindow* window = new UIWindow(UIWindow::eStyle_Convex, UIWindow::eWindowAttribute_TitleBar, false, false,
+                                        false, UIForm::eFormAttribute_AutoAlign, nullptr);
+        window->setPosition(sPoint(0, 16));
+        window->setSize(size);
+        mpUI->addWindow(window);
+        frame();
+        return window;
+    }
+    template <typename W>
+    W* place(UIWindow* window, W* widget)
+    {
+        window->addClient(widget);
+        frame();
+        frame();
+        return widget;
+    }
+    void type(u32 usage, u32 modifier = 0)
+    {
+        if (modifier != 0) {
+            key(modifier, true);
+        }
+        key(usage, true);
+        frame();
+        key(usage, false);
+        frame();
+        if (modifier != 0) {
+            key(modifier, false);
+            frame();
+        }
+    }
+    void typeText(char const* text)
+    {
+        for (char const* c = text; *c != '\0'; ++c) {
+            type(usageOf(*c));
+        }
+    }
+    // Clicks the left part of a widget, clear of a slide button.
+    void clickOn(UIBase const* widget, int dx = 4)
+    {
+        sRect const r = widget->getAbsRegion();
+        ASSERT_LT(r.bottom, 480) << "the widget lies in the view";
+        tap(r.left + dx, (r.top + r.bottom) / 2);
+    }
+    // Focus, type, Return.
+    void enter(UIBase const* field, char const* text)
+    {
+        clickOn(field);
+        typeText(text);
+        type(kUsageReturn);
+    }
+};
+
+TEST_F(ControlTest, NumericValuesClampToLimitsAndTypeRangesAndShowTheirTextForms)
+{
+    // Each case: a property of one type holding a value (given as its text),
+    // a field with limits or the type's range, a typed text or a step, and
+    // the property's and the field's texts afterwards.
+    uNumeric u8Low = numeric(10);
+    uNumeric u8High = numeric(20);
+    uNumeric f32Low = numeric(0);
+    uNumeric f32High = numeric(0);
+    f32Low.mF32 = -1.0f;
+    f32High.mF32 = 1.0f;
+    uNumeric s32Low = numeric(0);
+    uNumeric s32High = numeric(0);
+    s32Low.mS32 = 0x7FFFFFFF; // reversed, as a control's full s32 range: no limit
+    s32High.mS32 = static_cast<s32>(0x80000000u);
+    uNumeric const none = numeric(0);
+    UIControl::eMode const dec = UIControl::eMode_Decimal;
+    UIControl::eMode const hex = UIControl::eMode_Hexadecimal;
+    struct sCase {
+        char const* mName;
+        unsigned int mType;
+        char const* mInitial;
+        bool mLimited;
+        uNumeric mMinimum;
+        uNumeric mMaximum;
+        UIControl::eMode mMode;
+        char const* mTyped; // null: a step of mStep instead
+        float mStep;
+        char const* mValue;
+        char const* mText;
+    } const cases[] = {
+        {"u8 250 + 10 saturates", ePropertyType_U8, "250", false, none, none, dec, nullptr, 10.0f, "255", "255"},
+        {"s8 -120 - 20 saturates", ePropertyType_S8, "-120", false, none, none, dec, nullptr, -20.0f, "-128", "-128"},
+        {"s16 steps truncate", ePropertyType_S16, "5", false, none, none, dec, nullptr, 2.9f, "7", "7"},
+        {"u8 typed above the type", ePropertyType_U8, "1", false, none, none, dec, "300", 0, "255", "255"},
+        {"u8 typed below the limits", ePropertyType_U8, "15", true, u8Low, u8High, dec, "5", 0, "10", "10"},
+        {"a text that does not parse is 0, clamped", ePropertyType_U8, "15", true, u8Low, u8High, dec, "x", 0, "10",
+         "10"},
+        {"reversed s32 limits are no limit", ePropertyType_S32, "0", true, s32Low, s32High, dec, "-2000000000", 0,
+         "-2000000000", "-2000000000"},
+        {"s32 saturates at its end", ePropertyType_S32, "2147483647", false, none, none, dec, nullptr, 1.0f,
+         "2147483647", "2147483647"},
+        {"u32 stops at 0", ePropertyType_U32, "3", false, none, none, dec, nullptr, -5.0f, "0", "0"},
+        {"s64 saturates; the field shows every digit", ePropertyType_S64, "9223372036854775807", false, none, none, dec,
+         nullptr, 1.0f, "-1", "9223372036854775807"},
+        {"u64 stops at 0", ePropertyType_U64, "2", false, none, none, dec, nullptr, -5.0f, "0", "0"},
+        {"u64 saturates at all ones", ePropertyType_U64, "-1", false, none, none, dec, nullptr, 1.0f, "-1",
+         "18446744073709551615"},
+        {"f32 typed", ePropertyType_F32, "0", false, none, none, dec, "2.5", 0, "2.500000", "2.500000"},
+        {"f32 clamps to the limits", ePropertyType_F32, "0", true, f32Low, f32High, dec, "-7", 0, "-1.000000",
+         "-1.000000"},
+        {"f64 steps", ePropertyType_F64, "0.25", false, none, none, dec, nullptr, 1.0f, "1.250000", "1.250000"},
+        {"fixed typed", ePropertyType_Fixed, "0", false, none, none, dec, "-1.5", 0, "-1.500000", "-1.500000"},
+        {"fixed saturates", ePropertyType_Fixed, "40000", false, none, none, dec, nullptr, 1.0f, "32768.000000",
+         "32768.000000"},
+        {"hexadecimal parses base 16", ePropertyType_U16, "0", false, none, none, hex, "beef", 0, "48879", "beef"},
+        {"hexadecimal shows the type's width", ePropertyType_S8, "0", false, none, none, hex, "ff", 0, "-1", "ff"},
+    };
+    for (sCase const& c : cases) {
+        uNumeric storage = numeric(0);
+        PropertyBase* property = nullptr;
+        switch (c.mType) {
+        case ePropertyType_S8: property = new ReferenceProperty<s8>("v", &storage.mS8); break;
+        case ePropertyType_S16: property = new ReferenceProperty<s16>("v", &storage.mS16); break;
+        case ePropertyType_S32: property = new ReferenceProperty<s32>("v", &storage.mS32); break;
+        case ePropertyType_S64: property = new ReferenceProperty<s64>("v", &storage.mS64); break;
+        case ePropertyType_U8: property = new ReferenceProperty<u8>("v", &storage.mU8); break;
+        case ePropertyType_U16: property = new ReferenceProperty<u16>("v", &storage.mU16); break;
+        case ePropertyType_U32: property = new ReferenceProperty<u32>("v", &storage.mU32); break;
+        case ePropertyType_U64: property = new ReferenceProperty<u64>("v", &storage.mU64); break;
+        case ePropertyType_F32: property = new ReferenceProperty<float>("v", &storage.mF32); break;
+        case ePropertyType_F64: property = new ReferenceProperty<double>("v", &storage.mF64); break;
+        default: property = new ReferenceProperty<sFixed>("v", &storage.mFixed); break;
+        }
+        property->setString(c.mInitial);
+        UINumericControl* field =
+            c.mLimited ? new UINumericControl(property, c.mMinimum, c.mMaximum, false, UIControl::NoIndex, c.mMode)
+                       : new UINumericControl(property, false, UIControl::NoIndex, c.mMode);
+        field->setSize(sSize(200, 16));
+        field->sendMessage(UIBeginEditMessage());
+        if (c.mTyped != nullptr) {
+            for (char const* t = c.mTyped; *t != '\0'; ++t) {
+                unsigned int const code = (*t >= 'a' && *t <= 'z') ? static_cast<unsigned int>(*t - 'a' + 'A') : *t;
+                field->sendMessage(UIKeyDownMessage(code, 0));
+            }
+            EXPECT_STREQ(field->getText().c_str(), c.mTyped) << c.mName;
+            field->apply();
+        } else {
+            field->addNumeric(c.mStep);
+        }
+        char buffer[64];
+        EXPECT_STREQ(property->getString(buffer, PropertyBase::CurrentIndex), c.mValue) << c.mName;
+        EXPECT_STREQ(field->getText().c_str(), c.mText) << c.mName;
+        delete field;
+    }
+}
+
+TEST_F(ControlTest, TextFieldsTypeByTheUSKeyTableWithItsOddities)
+{
+    AutoString value = "abc";
+    UITextControl* field = new UITextControl(new ReferenceProperty<AutoString>("v", &value), false,
+                                             UIControl::NoIndex, UIControl::eMode_Decimal);
+    field->setSize(sSize(62, 16)); // 10 characters show
+    struct sKey {
+        unsigned int mCode;
+        unsigned int mCombination;
+    };
+    unsigned int const shift = UISystem::eCombinationKey_Shift;
+    unsigned int const command = UISystem::eCombinationKey_Command;
+    struct sCase {
+        char const* mName;
+        std::vector<sKey> mKeys; // after the whole text "abc" was selected
+        char const* mText;
+        unsigned int mCursor;
+        unsigned int mSelectBegin;
+        unsigned int mSelectEnd;
+    };
+    unsigned int const none = 0xFFFFFFFFu;
+    std::vector<sCase> const cases = {
+        {"a letter replaces the selection, lower case", {{'X', 0}}, "x", 1, none, none},
+        {"capitals only with Shift alone", {{'X', shift}, {'Y', shift | command}, {'Z', command}}, "Xyz", 3, none, none},
+        {"digits whatever the modifiers", {{'7', shift}, {'8', command}}, "78", 2, none, none},
+        {"minus, point, backslash, underscore, bar", {{'-', 0}, {'.', 0}, {'\\', 0}, {'\\', shift}, {']', 0}, {']', shift}},
+         "-.\\_\\|", 6, none, none},
+        {"no space and no other punctuation", {{' ', 0}, {';', 0}, {',', 0}, {'/', 0}}, "abc", 3, 0, 3},
+        {"BackSpace deletes the selection, then one before", {{8, 0}, {'Q', 0}, {'R', 0}, {8, 0}}, "q", 1, none, none},
+        {"Left and Delete", {{160, 0}, {160, 0}, {127, 0}}, "ac", 1, none, none},
+        {"Shift+Left grows from the old position", {{162, 0}, {160, shift}, {160, shift}}, "abc", 1, 1, 3},
+        {"Shift+Right shrinks the end it stands on", {{166, 0}, {162, shift}, {162, shift}, {160, shift}}, "abc", 1, 0, 1},
+        {"Shift+Home spans to the old cursor", {{162, 0}, {160, 0}, {166, shift}}, "abc", 0, 0, 2},
+        {"End, then typing appends", {{167, 0}, {'D', 0}}, "abcd", 4, none, none},
+    };
+    for (sCase const& c : cases) {
+        value = "abc";
+        field->sendMessage(UIBeginEditMessage());
+        for (sKey const& k : c.mKeys) {
+            field->sendMessage(UIKeyDownMessage(k.mCode, k.mCombination));
+        }
+        EXPECT_STREQ(field->getText().c_str(), c.mText) << c.mName;
+        EXPECT_EQ(field->getCursor(), c.mCursor) << c.mName;
+        EXPECT_EQ(field->getSelectBegin(), c.mSelectBegin) << c.mName;
+        EXPECT_EQ(field->getSelectEnd(), c.mSelectEnd) << c.mName;
+        EXPECT_STREQ(value.c_str(), "abc") << c.mName << ": nothing is committed while typing";
+        field->sendMessage(UIEndEditMessage());
+    }
+    // The cursor stays in view: 10 columns of (62 - 2) / 6.
+    field->sendMessage(UIBeginEditMessage());
+    for (int i = 0; i < 14; ++i) {
+        field->sendMessage(UIKeyDownMessage('K', 0));
+    }
+    EXPECT_EQ(field->getCursor(), 14u);
+    EXPECT_EQ(field->getScroll(), 4u);
+    field->sendMessage(UIKeyDownMessage(166, 0));
+    EXPECT_EQ(field->getScroll(), 0u);
+    // An empty text commits nothing.
+    field->selectAll();
+    field->sendMessage(UIKeyDownMessage(8, 0));
+    field->apply();
+    EXPECT_STREQ(value.c_str(), "abc");
+    delete field;
+}
+
+TEST_F(ControlTest, TypedValuesCommitOnReturnOrWhenTheFocusGoesAndReadOnlyFieldsTakeNoFocus)
+{
+    u16 value = 7;
+    u16 fixedValue = 3;
+    UIWindow* window = openForm();
+    uNumeric low;
+    uNumeric high;
+    UINumericControl::getTypeRange(ePropertyType_U16, low, high);
+    UIParameterControl* parameter =
+        place(window, new UIParameterControl(new ReferenceProperty<u16>("Speed", &value), low, high, false,
+                                             UIControl::NoIndex, UIControl::eMode_Decimal));
+    parameter->setDefaultSize();
+    UIParameterControl* readOnly =
+        place(window, new UIParameterControl(new ReferenceProperty<u16>("Fixed", &fixedValue), low, high, true,
+                                             UIControl::NoIndex, UIControl::eMode_Decimal));
+    readOnly->setDefaultSize();
+    frame();
+    UINumericControl* field = static_cast<UINumericControl*>(parameter->getValueControl());
+    EXPECT_EQ(parameter->getCaptionWidth(), 0u);
+    EXPECT_EQ(field->getPosition(), sPoint(0, UIControl::kNameHeight)) << "the caption stands above the value";
+
+    clickOn(field);
+    EXPECT_EQ(mpUI->getFocus(), field);
+    EXPECT_TRUE(field->isEditing());
+    typeText("42");
+    EXPECT_EQ(value, 7) << "nothing changes while typing";
+    type(kUsageReturn);
+    EXPECT_EQ(value, 42);
+    EXPECT_EQ(mpUI->getFocus(), nullptr);
+    EXPECT_FALSE(field->isEditing());
+
+    // Up and Down step at once, each an edit of its own.
+    clickOn(field);
+    type(kUsageUp);
+    type(kUsageUp);
+    type(kUsageDown);
+    EXPECT_EQ(value, 43);
+    // Typed, then a click elsewhere: the loss of the focus commits.
+    typeText("99");
+    EXPECT_EQ(value, 43);
+    tap(630, 4); // the desktop, above the window
+    EXPECT_EQ(value, 99);
+    EXPECT_EQ(mpUI->getFocus(), nullptr);
+    clickOn(readOnly->getValueControl());
+    EXPECT_EQ(mpUI->getFocus(), nullptr) << "a read-only field cannot take the focus";
+    UINumericControl* shown = static_cast<UINumericControl*>(readOnly->getValueControl());
+    EXPECT_EQ(shown->getSlideButton(), nullptr) << "a read-only field has no slide button";
+    EXPECT_NE(field->getSlideButton(), nullptr);
+    // The slide button is a square of the height less 2 at the right edge.
+    sRect const button = field->getSlideButton()->getRelRegion();
+    EXPECT_EQ(button, sRect(static_cast<int>(field->getSize().width) - 15, 1,
+                            static_cast<int>(field->getSize().width) - 1, 15));
+}
+
+TEST_F(ControlTest, SlideButtonDragsByOnePerPixelWithShiftAHundredthWithControlAndTenPixelStepsForIntegers)
+{
+    s32 integer = 100;
+    float real = 1.0f;
+    UIWindow* window = openForm();
+    UINumericControl* whole = place(window, new UINumericControl(new ReferenceProperty<s32>("i", &integer), false,
+                                                                 UIControl::NoIndex, UIControl::eMode_Decimal));
+    whole->setSize(sSize(120, 16));
+    UINumericControl* fraction = place(window, new UINumericControl(new ReferenceProperty<float>("f", &real), false,
+                                                                    UIControl::NoIndex, UIControl::eMode_Decimal));
+    fraction->setSize(sSize(120, 16));
+    frame();
+    struct sCase {
+        char const* mName;
+        UINumericControl* mpField;
+        u32 mModifier;
+        int mDrag;        // pixels down; up raises the value
+        double mExpected; // while dragged and after the release
+        double mBack;     // one pixel below the press: a step back from the start
+    } const cases[] = {
+        {"Shift: one per pixel, up raises", whole, kUsageLeftShift, -7, 107, 99},
+        {"Shift down lowers", whole, kUsageLeftShift, 5, 102, 106},
+        {"plain: 9 pixels do nothing to an integer", whole, 0, -9, 102, 102},
+        {"plain: 10 pixels make one step", whole, 0, -10, 103, 102},
+        {"plain: 25 pixels make two", whole, 0, 25, 101, 103},
+        {"Control: a hundredth per pixel", fraction, kUsageLeftControl, 30, 0.7, 0.99},
+        {"plain on a float: a tenth per pixel", fraction, 0, 10, -0.3, 0.6},
+    };
+    for (sCase const& c : cases) {
+        auto value = [&]() { return (c.mpField == whole) ? static_cast<double>(integer) : static_cast<double>(real); };
+        sRect const r = c.mpField->getSlideButton()->getAbsRegion();
+        int const x = (r.left + r.right) / 2;
+        int const y = (r.top + r.bottom) / 2;
+        if (c.mModifier != 0) {
+            key(c.mModifier, true);
+        }
+        advance(1000);
+        press(x, y);
+        frame();
+        EXPECT_TRUE(c.mpField->isEditing()) << c.mName;
+        move(x, y + c.mDrag);
+        frame();
+        EXPECT_NEAR(value(), c.mExpected, 1e-4) << c.mName;
+        // Each move starts anew from the value at the press.
+        move(x, y + 1);
+        frame();
+        EXPECT_NEAR(value(), c.mBack, 1e-4) << c.mName;
+        move(x, y + c.mDrag);
+        frame();
+        release(x, y + c.mDrag);
+        frame();
+        if (c.mModifier != 0) {
+            key(c.mModifier, false);
+            frame();
+        }
+        EXPECT_NEAR(value(), c.mExpected, 1e-4) << c.mName << ": the release keeps the value";
+        EXPECT_FALSE(c.mpField->isEditing()) << c.mName;
+    }
+}
+
+TEST_F(ControlTest, AFormOfEveryValueTypeEditsEachValueThroughWidgetsAndKeepsItThroughTheSettingsFile)
+{
+    Everything object;
+    UIWindow* window = openForm();
+    List<UIBase> widgets;
+    object.makeUIList(widgets);
+    // Every control but the const string and object kinds has a widget; the
+    // object has none of those, so one widget per control.
+    ASSERT_EQ(widgets.size(), 23u);
+    std::vector<UIBase*> w;
+    for (List<UIBase>::Iterator it = widgets.begin(); it != widgets.end(); ++it) {
+        w.push_back(*it);
+        window->addClient(*it);
+    }
+    frame();
+    frame();
+    auto valueOf = [&](int i) { return static_cast<UIParameterControl*>(w[i])->getValueControl(); };
+    auto fieldOf = [&](int i, unsigned int f) { return static_cast<UICompositeControl*>(w[i])->getField(f); };
+
+    clickOn(w[0]); // the check box of "Bool"
+    enter(valueOf(1), "-5");
+    enter(valueOf(2), "500"); // limits -100 to 100
+    enter(valueOf(3), "123456");
+    enter(valueOf(4), "-77");
+    enter(valueOf(5), "200");
+    enter(valueOf(6), "60000");
+    enter(valueOf(7), "70000");
+    enter(valueOf(8), "88");
+    enter(valueOf(9), "2.5");
+    enter(valueOf(10), "0.25");
+    enter(fieldOf(11, 0), "30");
+    enter(fieldOf(11, 1), "40");
+    enter(fieldOf(12, 0), "-7");
+    enter(fieldOf(12, 1), "9");
+    for (unsigned int edge = 0; edge < 4; ++edge) {
+        char text[2] = {static_cast<char>('1' + edge), '\0'};
+        enter(fieldOf(13, edge), text);
+    }
+    // Colour: the slider's 64th pixel is 64 * 255 / 127 of red; a field sets green.
+    UIColorControl* color = static_cast<UIColorControl*>(w[14]);
+    clickOn(color->getSlider(UIColorControl::eChannel_Red), 64);
+    enter(fieldOf(14, 1), "200");
+    UIColorControl* colorF = static_cast<UIColorControl*>(w[15]);
+    clickOn(colorF->getSlider(UIColorControl::eChannel_Blue), 0);
+    enter(fieldOf(15, 3), "0.5");
+    enter(fieldOf(16, 0), "5");
+    enter(fieldOf(16, 1), "6");
+    enter(valueOf(17), "1.5");
+    enter(fieldOf(18, 0), "2.5");
+    enter(fieldOf(18, 1), "-1");
+    enter(w[19], "hello");
+    // The flag group: its second flag.
+    UIFlagGroupControl* flags = static_cast<UIFlagGroupControl*>(w[20]);
+    List<UIBase>::Iterator glow = flags->getForm()->getClientHolder()->getChildrenBegin();
+    ++glow;
+    clickOn(*glow);
+    // The enumeration: open the list, pick its last row.
+    UIEnumControl* mode = static_cast<UIEnumControl*>(w[21]);
+    clickOn(mode, 8);
+    ASSERT_TRUE(mode->getPulldownList()->isVisible());
+    EXPECT_EQ(mpUI->getFocus(), mode->getPulldownList());
+    sRect const list = mode->getPulldownList()->getAbsRegion();
+    tap(list.left + 8, list.top + 1 + 2 * UIPulldownList::kRowHeight + 8);
+    EXPECT_FALSE(mode->getPulldownList()->isVisible());
+    // The trigger: its argument, then its button.
+    UITriggerControl* trigger = static_cast<UITriggerControl*>(w[22]);
+    enter(trigger->getField(), "3");
+    clickOn(trigger->getButton());
+    clickOn(trigger->getButton());
+
+    EXPECT_TRUE(object.mBool);
+    EXPECT_EQ(object.mS8, -5);
+    EXPECT_EQ(object.mS16, 100);
+    EXPECT_EQ(object.mS32, 123456);
+    EXPECT_EQ(object.mS64, -77);
+    EXPECT_EQ(object.mU8, 200);
+    EXPECT_EQ(object.mU16, 60000);
+    EXPECT_EQ(object.mU32, 70000u);
+    EXPECT_EQ(object.mU64, 88u);
+    EXPECT_EQ(object.mF32, 2.5f);
+    EXPECT_EQ(object.mF64, 0.25);
+    EXPECT_EQ(object.mSize, sSize(30, 40));
+    EXPECT_EQ(object.mPoint, sPoint(-7, 9));
+    EXPECT_EQ(object.mRect, sRect(1, 2, 3, 4));
+    EXPECT_EQ(object.mColor.r, 128);
+    EXPECT_EQ(object.mColor.g, 200);
+    EXPECT_EQ(object.mColorF.b, 0.0f);
+    EXPECT_EQ(object.mColorF.a, 0.5f);
+    EXPECT_EQ(object.mColorF.r, 1.0f);
+    EXPECT_EQ(object.mTexcoord, sTexcoord(5, 6));
+    EXPECT_EQ(object.mFixed, sFixed(1.5f));
+    EXPECT_EQ(object.mVector, sVector(sFixed(2.5f), sFixed(-1.0f)));
+    EXPECT_STREQ(object.mString.c_str(), "hello");
+    EXPECT_EQ(object.mFlags, 2u);
+    EXPECT_EQ(object.mMode, 7u);
+    EXPECT_EQ(object.mAdded, 6);
+
+    // Written and read back through the settings file.
+    std::string const path = (std::filesystem::temp_directory_path() / "harbor_controls_test.xml").string();
+    std::filesystem::remove(path);
+    SettingsFile writer;
+    writer.read(&object, "Everything", path.c_str());
+    ASSERT_TRUE(writer.write(&object, "Everything", path.c_str()));
+    Everything loaded;
+    SettingsFile().read(&loaded, "Everything", path.c_str());
+    std::filesystem::remove(path);
+    // A saved bool comes back inverted: the text form reads "true" as false,
+    // on purpose, and the files carry it.
+    EXPECT_FALSE(loaded.mBool);
+    EXPECT_EQ(loaded.mS8, object.mS8);
+    EXPECT_EQ(loaded.mS16, object.mS16);
+    EXPECT_EQ(loaded.mS32, object.mS32);
+    EXPECT_EQ(loaded.mS64, object.mS64);
+    EXPECT_EQ(loaded.mU8, object.mU8);
+    EXPECT_EQ(loaded.mU16, object.mU16);
+    EXPECT_EQ(loaded.mU32, object.mU32);
+    EXPECT_EQ(loaded.mU64, object.mU64);
+    EXPECT_EQ(loaded.mF32, object.mF32);
+    EXPECT_EQ(loaded.mF64, object.mF64);
+    EXPECT_EQ(loaded.mSize, object.mSize);
+    EXPECT_EQ(loaded.mPoint, object.mPoint);
+    EXPECT_EQ(loaded.mRect, object.mRect);
+    EXPECT_EQ(static_cast<unsigned int>(loaded.mColor), static_cast<unsigned int>(object.mColor));
+    for (int channel = 0; channel < 4; ++channel) {
+        EXPECT_NEAR(loaded.mColorF[channel], object.mColorF[channel], 1e-5) << channel;
+    }
+    EXPECT_EQ(loaded.mTexcoord, object.mTexcoord);
+    EXPECT_EQ(loaded.mFixed, object.mFixed);
+    EXPECT_EQ(loaded.mVector, object.mVector);
+    EXPECT_STREQ(loaded.mString.c_str(), "hello");
+    EXPECT_EQ(loaded.mFlags, object.mFlags);
+    EXPECT_EQ(loaded.mMode, object.mMode);
+}
+
+TEST_F(ControlTest, ArraysShowOneCaptionedFieldPerElementAndTheFactoryOffersNoWidgetForConstStringsOrObjects)
+{
+    u32 values[3] = {1, 2, 3};
+    UIWindow* window = openForm();
+    UIBase* array = place(window, makeControlArrayUI(new ReferenceProperty<u32>("Values", values, 3)));
+    UIControlArray* controls = static_cast<UIControlArray*>(array);
+    ASSERT_EQ(controls->getForm()->getClientHolder()->getChildCount(), 3u);
+    List<UIBase>::Iterator it = controls->getForm()->getClientHolder()->getChildrenBegin();
+    ++it;
+    ++it;
+    UIParameterControl* third = static_cast<UIParameterControl*>(*it);
+    EXPECT_STREQ(third->getName().c_str(), "[2]");
+    EXPECT_EQ(third->getCaptionWidth(), 6u * (3 + 1)) << "the caption is the index, beside the value";
+    EXPECT_GE(static_cast<int>(array->getSize().height), third->getRelRegion().bottom + 24) << "the group grows to its rows";
+    enter(third->getValueControl(), "30");
+    EXPECT_EQ(values[2], 30u);
+    EXPECT_EQ(values[0], 1u);
+
+    char const* text = "fixed";
+    ObjectBase* nothing = nullptr;
+    PropertyControl constant(new ReferenceProperty<char const*>("c", &text));
+    PropertyControl object(new ObjectProperty("o", &nothing, false));
+    EXPECT_EQ(Utils::makeUIFromControl(&constant), nullptr);
+    EXPECT_EQ(Utils::makeUIFromControl(&object), nullptr);
+}
