@@ -2,6 +2,8 @@
 
 #include "foundation/debug.h"
 #include "input/hidsystem.h"
+#include "reflection/control.h"
+#include "reflection/property.h"
 
 IMPLEMENT_TYPEINFO(KeyboardSystem, "System", TypeInfo::eAttribute_Singleton);
 KeyboardSystem* KeyboardSystem::mpInstance = nullptr;
@@ -72,7 +74,9 @@ void KeyboardSystem::update()
 
 void KeyboardSystem::makeUIList(List<UIBase>& list)
 {
-    (void)list;
+    list.addLast(makeControlArrayUI(new ReferenceProperty<u32>("KeyOn", mKeyOn, eKeyWordNum)));
+    list.addLast(makeControlArrayUI(new ReferenceProperty<u32>("KeyTrgOn", mKeyTrgOn, eKeyWordNum)));
+    list.addLast(makeControlArrayUI(new ReferenceProperty<u32>("KeyTrgOff", mKeyTrgOff, eKeyWordNum)));
 }
 
 u32 KeyboardSystem::word(eKeyCode code)

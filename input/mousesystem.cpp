@@ -2,6 +2,9 @@
 
 #include "app/application.h"
 #include "foundation/debug.h"
+#include "foundation/utils.h"
+#include "reflection/control.h"
+#include "reflection/property.h"
 
 IMPLEMENT_TYPEINFO(MouseSystem, "System", TypeInfo::eAttribute_Singleton);
 MouseSystem* MouseSystem::mpInstance = nullptr;
@@ -59,7 +62,23 @@ void MouseSystem::update()
     mWheel = application->getWheelAmount();
 }
 
+namespace {
+
+void addControl(List<UIBase>& list, PropertyBase* property)
+{
+    PropertyControl control(property);
+    if (UIBase* widget = Utils::makeUIFromControl(&control)) {
+        list.addLast(widget);
+    }
+}
+
+} // namespace
+
+// The wheel's field shows the accumulated amount, not this frame's change.
 void MouseSystem::makeUIList(List<UIBase>& list)
 {
-    (void)list;
+    addControl(list, new ReferenceProperty<sPoint>("Position", &mPosition));
+    addControl(list, new ReferenceProperty<u32>("ButtonOn", &mButtonOn));
+    addControl(list, new ReferenceProperty<u32>("ButtonTrgOn", &mButtonTrgOn));
+    addControl(list, new ReferenceProperty<sPoint>("WheelAmount", &mWheel));
 }

@@ -1,6 +1,9 @@
 #include "jobs/jobsystem.h"
 
 #include "foundation/debug.h"
+#include "foundation/utils.h"
+#include "reflection/control.h"
+#include "reflection/property.h"
 
 namespace {
 
@@ -245,4 +248,14 @@ void* JobSystem::getThreadUniqueData(u32 index) const
         return nullptr;
     }
     return index == 0 ? mUniqueData : mpJobThread[index - 1]->getUniqueData();
+}
+
+void JobSystem::makeUIList(List<UIBase>& list)
+{
+    PropertyControl control(new IndirectProperty<u32>("JobThreadNum", this, &JobSystem::getJobThreadNum,
+                                                      &JobSystem::setJobThreadNum),
+                            1u, 16u);
+    if (UIBase* widget = Utils::makeUIFromControl(&control)) {
+        list.addLast(widget);
+    }
 }

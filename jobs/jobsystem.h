@@ -112,6 +112,9 @@ public:
     static JobSystem* getInstance() { return mpInstance; }
     void destroy() override;
 
+    // "JobThreadNum", from 1 to 16.
+    void makeUIList(List<UIBase>& list) override;
+
     DECLARE_TYPEINFO(TypeInfo)
 
     // A full queue drops the job without a word.

@@ -1,6 +1,8 @@
 #include "resource/resourcebase.h"
 
 #include "foundation/debug.h"
+#include "reflection/control.h"
+#include "reflection/property.h"
 #include "resource/resourcesystem.h"
 
 IMPLEMENT_TYPEINFO(ResourceBase, "ObjectBase", TypeInfo::eAttribute_Abstract);
@@ -73,4 +75,11 @@ void ResourceBase::setPath(AutoString const& path)
     }
     mPath = path;
     mHash = mPath.hash();
+}
+
+void ResourceBase::makeUIList(List<UIBase>& list)
+{
+    if (UIBase* widget = makeParameterControlUI(new ReferenceProperty<AutoString>("Path", &mPath))) {
+        list.addLast(widget);
+    }
 }

@@ -77,6 +77,9 @@ public:
     static void* operator new(std::size_t size) noexcept { return mHeap.allocate(size); }
     static void operator delete(void* pointer) { mHeap.deallocate(pointer); }
 
+    // "Path", the file the resource came from.
+    void makeUIList(List<UIBase>& list) override;
+
     DECLARE_TYPEINFO(TypeInfo)
 
 protected:

@@ -5,6 +5,8 @@
 
 #include "app/application.h"
 #include "foundation/debug.h"
+#include "reflection/control.h"
+#include "reflection/property.h"
 #include "render/renderobject.h"
 #include "render/rendersystem.h"
 #include "resource/resourcesystem.h"
@@ -237,6 +239,21 @@ Texture* TextureResource::getTexture() const
         }
     }
     return texture;
+}
+
+ObjectBase* TextureResource::getTextureObject() const
+{
+    return getTexture();
+}
+
+void TextureResource::makeUIList(List<UIBase>& list)
+{
+    ResourceBase::makeUIList(list);
+    PropertyBase* texture = new IndirectObjectProperty("Texture", this, &TextureResource::getTextureObject,
+                                                       &TextureResource::setTextureObject);
+    if (UIBase* widget = makeTextureControlUI(texture)) {
+        list.addLast(widget);
+    }
 }
 
 void TextureResource::releaseTexture()

@@ -36,6 +36,9 @@ public:
     // Any thread; null while the texture is pending (see the top of this file).
     Texture* getTexture() const;
 
+    // The path, then a preview of the texture.
+    void makeUIList(List<UIBase>& list) override;
+
     DECLARE_TYPEINFO(UniqueTypeInfo<TextureResource>)
 
 protected:
@@ -54,6 +57,10 @@ protected:
     static void checkTextureSize(u64 width, u64 height, Stream const& stream);
 
 private:
+    // The texture as the object that its preview shows; the texture belongs
+    // to the resource, so the setter refuses.
+    ObjectBase* getTextureObject() const;
+    void setTextureObject(ObjectBase*) {}
     void releaseTexture();
     void freePending();
 

@@ -8,6 +8,8 @@
 #include "render/renderobject.h"
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
+#include "reflection/property.h"
+#include "ui/uicontrolcomposite.h"
 
 IMPLEMENT_TYPEINFO(ToolSystem, "System", TypeInfo::eAttribute_Singleton);
 ToolSystem* ToolSystem::mpInstance = nullptr;
@@ -142,6 +144,14 @@ void ToolSystem::setup()
 
 // Every texel white; the bit decides the alpha. Bitmap row y goes to texel
 // row 127 - y, which puts the top of the glyph sheet at texel row 0.
+void ToolSystem::makeUIList(List<UIBase>& list)
+{
+    UITextureControl* control =
+        new UITextureControl(new ObjectProperty("FontTexture", &mpFontTexture, true), UIControl::NoIndex);
+    control->setDefaultSize();
+    list.addLast(control);
+}
+
 void ToolSystem::createFontTexture()
 {
     u32 const bytes = kFontSize * kFontSize * 4;

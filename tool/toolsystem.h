@@ -133,6 +133,8 @@ public:
     void postprocess() override;
 
     Texture* getFontTexture() const { return mpFontTexture; }
+    // "FontTexture": a preview of the font, for inspection.
+    void makeUIList(List<UIBase>& list) override;
     // The type records derived from ToolBase, in database order. createTool
     // (the tool for a resource type) and makeUIList (the font's texture
     // control) join here with the tool classes and the widgets.

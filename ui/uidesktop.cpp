@@ -2,6 +2,7 @@
 
 #include "reflection/property.h"
 #include "resource/textureresource.h"
+#include "ui/uicontrolcomposite.h"
 #include "ui/uimenu.h"
 #include "ui/uipainter.h"
 #include "ui/uishortcut.h"
@@ -116,4 +117,13 @@ void UIDesktop::eventPaint(UIPainter* painter)
 void UIDesktop::makePropertyList(PropertyList& list)
 {
     list.add(new ResourceProperty("Wallpaper", TextureResource::getStaticTypeInfo(), &mpWallpaper));
+}
+
+void UIDesktop::makeUIList(List<UIBase>& list)
+{
+    UIControl* control = new UITextureResourceControl(
+        new ResourceProperty("Wallpaper", TextureResource::getStaticTypeInfo(), &mpWallpaper), false,
+        UIControl::NoIndex);
+    control->setDefaultSize();
+    list.addLast(control);
 }

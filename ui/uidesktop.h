@@ -26,6 +26,8 @@ public:
     void eventPaint(UIPainter* painter) override;
     // "Wallpaper": the texture resource, persisted with the UI's settings.
     void makePropertyList(PropertyList& list) override;
+    // The wallpaper's resource control with its preview.
+    void makeUIList(List<UIBase>& list) override;
 
     // The start menu's actions. The manager windows, the tool chooser and
     // the file dialog belong to the tool layer, which installs them here.
