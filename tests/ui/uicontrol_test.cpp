@@ -11,10 +11,16 @@
 
 #include "foundation/utils.h"
 #include "host/settingsfile.h"
+#include "input/keyboardsystem.h"
+#include "input/mousesystem.h"
+#include "jobs/jobsystem.h"
 #include "reflection/control.h"
 #include "reflection/property.h"
+#include "resource/textureresource.h"
+#include "tool/toolsystem.h"
 #include "ui/uicontrol.h"
 #include "ui/uicontrolcomposite.h"
+#include "ui/uidesktop.h"
 #include "ui/uilist.h"
 #include "ui/uimessage.h"
 #include "uitest.h"
@@ -639,4 +645,48 @@ TEST_F(ControlTest, ArraysShowOneCaptionedFieldPerElementAndTheFactoryOffersNoWi
     PropertyControl object(new ObjectProperty("o", &nothing, false));
     EXPECT_EQ(Utils::makeUIFromControl(&constant), nullptr);
     EXPECT_EQ(Utils::makeUIFromControl(&object), nullptr);
+}
+
+TEST_F(ControlTest, TheSystemsAndResourcesOfferTheirWidgets)
+{
+    struct sCase {
+        char const* mName;
+        ObjectBase* mpObject;
+        unsigned int mCount;
+    };
+    TextureResource* texture = new TextureResource();
+    sCase const cases[] = {
+        {"JobSystem: JobThreadNum", JobSystem::getInstance(), 1},
+        {"KeyboardSystem: KeyOn, KeyTrgOn, KeyTrgOff", KeyboardSystem::getInstance(), 3},
+        {"MouseSystem: Position, ButtonOn, ButtonTrgOn, WheelAmount", MouseSystem::getInstance(), 4},
+        {"ToolSystem: FontTexture", ToolSystem::getInstance(), 1},
+        {"desktop: Wallpaper", mpUI->getDesktop(), 1},
+        {"TextureResource: Path and Texture", texture, 2},
+    };
+    for (sCase const& c : cases) {
+        List<UIBase> widgets;
+        c.mpObject->makeUIList(widgets);
+        EXPECT_EQ(widgets.size(), c.mCount) << c.mName;
+        for (List<UIBase>::Iterator it = widgets.begin(); it != widgets.end(); ++it) {
+            delete *it;
+        }
+    }
+    texture->release();
+
+    // The keyboard's arrays have a field per word; the job threads stay
+    // within 1 to 16.
+    List<UIBase> keys;
+    KeyboardSystem::getInstance()->makeUIList(keys);
+    EXPECT_EQ(static_cast<UIControlArray*>(*keys.begin())->getCount(), 8u);
+    for (List<UIBase>::Iterator it = keys.begin(); it != keys.end(); ++it) {
+        delete *it;
+    }
+    UIWindow* window = openForm();
+    List<UIBase> jobs;
+    JobSystem::getInstance()->makeUIList(jobs);
+    UIParameterControl* threads = place(window, static_cast<UIParameterControl*>(*jobs.begin()));
+    enter(threads->getValueControl(), "99");
+    EXPECT_EQ(JobSystem::getInstance()->getJobThreadNum(), 16u);
+    enter(threads->getValueControl(), "0");
+    EXPECT_EQ(JobSystem::getInstance()->getJobThreadNum(), 1u);
 }
