@@ -54,8 +54,8 @@ public:
     // A resource's name as the data refers to it: without the leading
     // "intermediate/" or "native/" and without the extension.
     static AutoString getResourcePath(char const* path);
-    // One FileInfo per entry, made with new, in the platform's order; the
-    // caller deletes them.
+    // One FileInfo per entry, made with new, sorted by name, hidden entries
+    // left out; the caller deletes them.
     static void getFileList(Vector<FileInfo>& list, char const* path);
     // The widget that edits what a control descriptor offers, or null. Made
     // where the widgets live (above this folder), which only declares it.

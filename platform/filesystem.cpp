@@ -3,9 +3,11 @@
 #include <dirent.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <vector>
 
 namespace platform {
 
@@ -29,8 +31,10 @@ bool listDirectory(char const* path, void (*visit)(sDirectoryEntry const& entry,
     }
     size_t pathLength = strlen(path);
     bool slash = pathLength != 0 && path[pathLength - 1] == '/';
+    std::vector<sDirectoryEntry> entries;
     while (dirent* item = readdir(directory)) {
-        if (strcmp(item->d_name, ".") == 0 || strcmp(item->d_name, "..") == 0) {
+        // Hidden entries, "." and ".." among them, are left out.
+        if (item->d_name[0] == '.') {
             continue;
         }
         sDirectoryEntry entry;
@@ -55,9 +59,16 @@ bool listDirectory(char const* path, void (*visit)(sDirectoryEntry const& entry,
                 entry.mSecond = static_cast<u8>(local.tm_sec);
             }
         }
-        visit(entry, user);
+        entries.push_back(entry);
     }
     closedir(directory);
+    // By name, byte for byte, so that every run lists a folder alike.
+    std::sort(entries.begin(), entries.end(), [](sDirectoryEntry const& a, sDirectoryEntry const& b) {
+        return strcmp(a.mName, b.mName) < 0;
+    });
+    for (sDirectoryEntry const& entry : entries) {
+        visit(entry, user);
+    }
     return true;
 }
 

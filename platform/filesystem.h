@@ -23,8 +23,9 @@ struct sDirectoryEntry {
 // True if something (file, folder, link target) exists at the path.
 bool isFileExist(char const* path);
 
-// Calls visit once per entry of the folder, "." and ".." left out, in the
-// order the system gives them. False if the folder cannot be read.
+// Calls visit once per entry of the folder, sorted by name (byte order),
+// hidden entries ("." and ".." among them) left out. False if the folder
+// cannot be read.
 bool listDirectory(char const* path, void (*visit)(sDirectoryEntry const& entry, void* user), void* user);
 
 // Makes every missing folder on the way to the file at path (the part after

@@ -92,15 +92,18 @@ TEST(UtilsFiles, ExistenceAndListing)
         std::ofstream file(folder / "data.bin", std::ios::binary);
         file << std::string(1234, 'x');
     }
+    std::ofstream(folder / ".hidden") << "left out";
     EXPECT_TRUE(Utils::isFileExist((folder / "sub").c_str()));
     EXPECT_FALSE(Utils::isFileExist((folder / "missing").c_str()));
 
     Vector<Utils::FileInfo> list;
     Utils::getFileList(list, folder.c_str());
+    // Sorted by name; the hidden file is not listed.
     ASSERT_EQ(list.size(), 2u);
-    Utils::FileInfo* file = (strcmp(list[0]->mName, "data.bin") == 0) ? list[0] : list[1];
-    Utils::FileInfo* sub = (file == list[0]) ? list[1] : list[0];
+    Utils::FileInfo* file = list[0];
+    Utils::FileInfo* sub = list[1];
     EXPECT_STREQ(file->mName, "data.bin");
+    EXPECT_STREQ(sub->mName, "sub");
     EXPECT_FALSE(file->mDirectory);
     EXPECT_EQ(file->mSize, 1234u);
     EXPECT_GE(file->mYear, 2020);
