@@ -678,6 +678,9 @@ void UISystem::routeInput()
             }
             sPoint const inView = transformView(position, candidate);
             for (UIGameViewControl* control : mGameViewControlList) {
+                if ((control->getView() & (1u << candidate)) == 0) {
+                    continue;
+                }
                 if (UIBase* found = control->intersect(inView, sRect::Max)) {
                     hit = found;
                     view = candidate;
