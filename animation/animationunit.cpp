@@ -185,6 +185,16 @@ void AnimationUnit::setCurrentAnimation(u32 index)
     }
     mCurrentAnimation = index;
     AnimSequencer* sequencer = mSequencers[index];
+    buildTrees(sequencer);
+    if (sequencer == nullptr) {
+        return;
+    }
+    sequencer->seek(0);
+    sequencer->play();
+}
+
+void AnimationUnit::buildTrees(AnimSequencer* sequencer)
+{
     releasePools();
     if (sequencer == nullptr) {
         return;
@@ -207,8 +217,25 @@ void AnimationUnit::setCurrentAnimation(u32 index)
         memset(static_cast<void*>(mpElementPool), 0, elementNum * sizeof(sBBTreeElement));
     }
     buildBoundingBox(&mDrawTree, &mCollisionTree, sequencer, mpNodePool, mpElementPool);
-    sequencer->seek(0);
-    sequencer->play();
+}
+
+// Whether playing will rebuild the objects of this animation or of one it
+// nests: an edit marks the resource, and Sequencer::update then makes new
+// objects, which the trees must not outlive.
+bool AnimationUnit::isEdited(AnimSequencer const* sequencer)
+{
+    SequencerResource const* resource = sequencer->getResource();
+    if (resource != nullptr && resource->isUpdated()) {
+        return true;
+    }
+    Sequencer::sTrackData const* tracks = sequencer->getTrackArray();
+    for (u32 t = 0; t < sequencer->getTrackNum(); ++t) {
+        if (isExactly(tracks[t].mpObject, AnimSequencer::getStaticTypeInfo()) &&
+            isEdited(static_cast<AnimSequencer const*>(tracks[t].mpObject))) {
+            return true;
+        }
+    }
+    return false;
 }
 
 u32 AnimationUnit::getCurrentFrame() const
@@ -233,7 +260,20 @@ void AnimationUnit::update(float delta)
     if (sequencer == nullptr) {
         return;
     }
+    bool const edited = isEdited(sequencer);
     sequencer->update(delta);
+    if (edited) {
+        // Sorted again and the trees remade over the new objects, at the
+        // frame where the edit found the animation.
+        u32 const frame = static_cast<u32>(static_cast<int>(sequencer->getCurrentFrame()));
+        bool const playing = sequencer->isPlaying();
+        sequencer->setResource(sequencer->getResource());
+        buildTrees(sequencer);
+        sequencer->seek(frame);
+        if (playing) {
+            sequencer->play();
+        }
+    }
     sMatrix const matrix(getScale(), getOrientation(), getPosition());
     updateBoundingBoxTree(&mDrawTree, sequencer, matrix);
     // Sets each element's box around its shape; the node boxes stay zero.

@@ -67,6 +67,9 @@ public:
 private:
     void deleteSequencers();
     void releasePools();
+    // Pools sized by the sequencer's totals and both trees over its objects.
+    void buildTrees(AnimSequencer* sequencer);
+    static bool isEdited(AnimSequencer const* sequencer);
     static void buildBoundingBox(sBBTreeNode* draw, sBBTreeNode* collision, AnimSequencer* sequencer,
                                  sBBTreeNode* nodes, sBBTreeElement* elements);
     static void updateBoundingBoxTree(sBBTreeNode* node, AnimSequencer* sequencer, sMatrix const& parent);
