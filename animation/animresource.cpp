@@ -30,6 +30,14 @@ void AnimResource::makePropertyList(PropertyList& list)
                                           &AnimResource::getTexture, &AnimResource::setTexture));
 }
 
+bool AnimResource::load(Stream& stream)
+{
+    bool const loaded = SequencerResourceIntermediate::load(stream);
+    clearModify();
+    clearUpdate();
+    return loaded;
+}
+
 void AnimResource::setTexture(TextureResource* texture)
 {
     // The new reference first: the old one may be the last of the same texture.

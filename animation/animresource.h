@@ -16,6 +16,9 @@ public:
 
     // The sequence's properties, then "texture".
     void makePropertyList(PropertyList& list) override;
+    // As the sequence's; the texture that the file sets is no edit, so a
+    // loaded animation is neither modified nor marked for a rebuild.
+    bool load(Stream& stream) override;
     char const* getExtension() const override { return "asq.xml"; }
     char const* getFilter() const override { return "asq.xml|Animation Sequence"; }
 
