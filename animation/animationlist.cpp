@@ -126,7 +126,10 @@ bool AnimationList::load(Stream& stream)
         }
         ResourceBase* animation =
             (system != nullptr) ? system->createResource(path, SequencerResource::getStaticTypeInfo()) : nullptr;
-        if (animation != nullptr && !animation->getTypeInfo()->isDerivedFrom(SequencerResource::getStaticTypeInfo())) {
+        // The resource system answers a file it could not read with an
+        // unloaded object without a path: the entry stays empty.
+        if (animation != nullptr && (animation->getPath().empty() ||
+                                     !animation->getTypeInfo()->isDerivedFrom(SequencerResource::getStaticTypeInfo()))) {
             animation->release();
             animation = nullptr;
         }
