@@ -399,13 +399,10 @@ void AnimGenerator::update(sFixed frames)
         }
         particle.mFlags = (particle.mFlags & ~static_cast<u32>(eParticle_PhaseMask)) | (phase << kPhaseShift);
 
-        // Half the drawn size, and merged into a copy that is dropped: the
-        // box stays zero, which the unit's trees and drawing are built on.
-        sFixed const half = particle.mScale * sFixed::Half;
-        sVector const halfBox = sVector(sFixed(static_cast<int>(particle.mSize.width), 16) * half,
-                                        sFixed(static_cast<int>(particle.mSize.height), 16) * half);
-        [[maybe_unused]] sAABB const merged =
-            mBoundingBox.merge(sAABB(particle.mPosition - halfBox, particle.mPosition + halfBox));
+        // Each particle's box (half its drawn size around its position) is
+        // merged into a copy of the bounding box that is then dropped, so
+        // the box stays zero: the unit's trees and the drawing are built on
+        // that. The merge is pure and its result unused, so it is not done.
     }
     mCenterOffset = mBoundingBox.getCenter() - toVector(mPosition);
 

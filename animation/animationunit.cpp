@@ -28,6 +28,10 @@ namespace {
 // goes into the sub-level.
 u32 const kDrawLevel = 8192;
 
+// Particle quads per vertex allocation: a context takes at most 16,384
+// bytes at once, 204 quads of textured vertices.
+u32 const kParticleRun = 128;
+
 sVector toVector(sPoint const& point)
 {
     return sVector(sFixed(point.x, 16), sFixed(point.y, 16));
@@ -228,9 +232,10 @@ bool AnimationUnit::isEdited(AnimSequencer const* sequencer)
     if (resource != nullptr && resource->isUpdated()) {
         return true;
     }
+    // Unedited, the objects are those the tracks were sorted over.
     Sequencer::sTrackData const* tracks = sequencer->getTrackArray();
     for (u32 t = 0; t < sequencer->getTrackNum(); ++t) {
-        if (isExactly(tracks[t].mpObject, AnimSequencer::getStaticTypeInfo()) &&
+        if (sequencer->getTrackType(t) == AnimSequencer::eTrackType_Sequencer &&
             isEdited(static_cast<AnimSequencer const*>(tracks[t].mpObject))) {
             return true;
         }
@@ -499,41 +504,62 @@ void AnimationUnit::drawGenerator(DrawContext* context, sBBTreeElement const& el
     sVector const axisX = (extent.x != sFixed::Zero) ? box.mAxisX * (box.mExtent.x / extent.x) : box.mAxisX;
     sVector const axisY = (extent.y != sFixed::Zero) ? box.mAxisY * (box.mExtent.y / extent.y) : box.mAxisY;
     sColorF const base = sColorF(generator->getColor()) * parent;
-    for (u32 i = 0; i < generator->getMaxParticleNum(); ++i) {
-        AnimGenerator::sParticle const& particle = generator->getParticle(i);
-        // Newborns wait for their first update.
-        if (!particle.isAlive() || particle.getPhase() == 0) {
-            continue;
+    sColor const rgb = base;
+    // Quads of live particles in pool order, allocated a run at a time; the
+    // result is the same as one allocation per quad, as they share a state.
+    u32 const num = generator->getMaxParticleNum();
+    u32 i = 0;
+    while (i < num) {
+        u32 run = 0;
+        for (u32 j = i; j < num && run < kParticleRun; ++j) {
+            AnimGenerator::sParticle const& particle = generator->getParticle(j);
+            run += (particle.isAlive() && particle.getPhase() != 0) ? 1 : 0;
+        }
+        if (run == 0) {
+            return;
         }
         DrawContext::sTexturedVertex* vertex =
-            static_cast<DrawContext::sTexturedVertex*>(context->allocateVertices(ePrimitiveType_Quad, 4));
+            static_cast<DrawContext::sTexturedVertex*>(context->allocateVertices(ePrimitiveType_Quad, run * 4));
         if (vertex == nullptr) {
             return;
         }
-        sFixed const hw = particle.mScale * sFixed(static_cast<int>(particle.mSize.width), 16);
-        sFixed const hh = particle.mScale * sFixed(static_cast<int>(particle.mSize.height), 16);
-        sFixed left = particle.mPosition.x - hw;
-        sFixed right = particle.mPosition.x + hw;
-        sFixed top = particle.mPosition.y - hh;
-        sFixed bottom = particle.mPosition.y + hh;
-        if ((particle.mFlags & AnimGenerator::eParticle_HFlip) != 0) {
-            sFixed const swap = left;
-            left = right;
-            right = swap;
+        for (; run != 0; ++i) {
+            AnimGenerator::sParticle const& particle = generator->getParticle(i);
+            // Newborns wait for their first update.
+            if (!particle.isAlive() || particle.getPhase() == 0) {
+                continue;
+            }
+            --run;
+            sFixed const hw = particle.mScale * sFixed(static_cast<int>(particle.mSize.width), 16);
+            sFixed const hh = particle.mScale * sFixed(static_cast<int>(particle.mSize.height), 16);
+            sFixed left = particle.mPosition.x - hw;
+            sFixed right = particle.mPosition.x + hw;
+            sFixed top = particle.mPosition.y - hh;
+            sFixed bottom = particle.mPosition.y + hh;
+            if ((particle.mFlags & AnimGenerator::eParticle_HFlip) != 0) {
+                sFixed const swap = left;
+                left = right;
+                right = swap;
+            }
+            if ((particle.mFlags & AnimGenerator::eParticle_VFlip) != 0) {
+                sFixed const swap = top;
+                top = bottom;
+                bottom = swap;
+            }
+            sColor const color(rgb.r, rgb.g, rgb.b, static_cast<u8>(particle.mOpacity * base.a * 255.0f));
+            u16 const u0 = particle.mUV.x;
+            u16 const v0 = particle.mUV.y;
+            u16 const u1 = static_cast<u16>(u0 + particle.mSize.width);
+            u16 const v1 = static_cast<u16>(v0 + particle.mSize.height);
+            sVector const xLeft = axisX * left;
+            sVector const xRight = axisX * right;
+            sVector const yTop = axisY * top;
+            sVector const yBottom = axisY * bottom;
+            vertex[0] = {origin + xLeft + yTop, color, sTexcoord(u0, v0)};
+            vertex[1] = {origin + xRight + yTop, color, sTexcoord(u1, v0)};
+            vertex[2] = {origin + xLeft + yBottom, color, sTexcoord(u0, v1)};
+            vertex[3] = {origin + xRight + yBottom, color, sTexcoord(u1, v1)};
+            vertex += 4;
         }
-        if ((particle.mFlags & AnimGenerator::eParticle_VFlip) != 0) {
-            sFixed const swap = top;
-            top = bottom;
-            bottom = swap;
-        }
-        sColor const color = sColorF(base.r, base.g, base.b, particle.mOpacity * base.a);
-        u16 const u0 = particle.mUV.x;
-        u16 const v0 = particle.mUV.y;
-        u16 const u1 = static_cast<u16>(u0 + particle.mSize.width);
-        u16 const v1 = static_cast<u16>(v0 + particle.mSize.height);
-        vertex[0] = {origin + axisX * left + axisY * top, color, sTexcoord(u0, v0)};
-        vertex[1] = {origin + axisX * right + axisY * top, color, sTexcoord(u1, v0)};
-        vertex[2] = {origin + axisX * left + axisY * bottom, color, sTexcoord(u0, v1)};
-        vertex[3] = {origin + axisX * right + axisY * bottom, color, sTexcoord(u1, v1)};
     }
 }
