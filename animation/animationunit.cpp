@@ -505,6 +505,8 @@ void AnimationUnit::drawGenerator(DrawContext* context, sBBTreeElement const& el
     sVector const axisY = (extent.y != sFixed::Zero) ? box.mAxisY * (box.mExtent.y / extent.y) : box.mAxisY;
     sColorF const base = sColorF(generator->getColor()) * parent;
     sColor const rgb = base;
+    f32 const alpha = base.a * 255.0f;
+    bool const upright = axisX == sVector(sFixed::One, sFixed::Zero) && axisY == sVector(sFixed::Zero, sFixed::One);
     // Quads of live particles in pool order, allocated a run at a time; the
     // result is the same as one allocation per quad, as they share a state.
     u32 const num = generator->getMaxParticleNum();
@@ -546,19 +548,31 @@ void AnimationUnit::drawGenerator(DrawContext* context, sBBTreeElement const& el
                 top = bottom;
                 bottom = swap;
             }
-            sColor const color(rgb.r, rgb.g, rgb.b, static_cast<u8>(particle.mOpacity * base.a * 255.0f));
+            sColor const color(rgb.r, rgb.g, rgb.b, static_cast<u8>(particle.mOpacity * alpha));
             u16 const u0 = particle.mUV.x;
             u16 const v0 = particle.mUV.y;
             u16 const u1 = static_cast<u16>(u0 + particle.mSize.width);
             u16 const v1 = static_cast<u16>(v0 + particle.mSize.height);
-            sVector const xLeft = axisX * left;
-            sVector const xRight = axisX * right;
-            sVector const yTop = axisY * top;
-            sVector const yBottom = axisY * bottom;
-            vertex[0] = {origin + xLeft + yTop, color, sTexcoord(u0, v0)};
-            vertex[1] = {origin + xRight + yTop, color, sTexcoord(u1, v0)};
-            vertex[2] = {origin + xLeft + yBottom, color, sTexcoord(u0, v1)};
-            vertex[3] = {origin + xRight + yBottom, color, sTexcoord(u1, v1)};
+            if (upright) {
+                // The same sums without the products by unit axes.
+                sFixed const x0 = origin.x + left;
+                sFixed const x1 = origin.x + right;
+                sFixed const y0 = origin.y + top;
+                sFixed const y1 = origin.y + bottom;
+                vertex[0] = {sVector(x0, y0), color, sTexcoord(u0, v0)};
+                vertex[1] = {sVector(x1, y0), color, sTexcoord(u1, v0)};
+                vertex[2] = {sVector(x0, y1), color, sTexcoord(u0, v1)};
+                vertex[3] = {sVector(x1, y1), color, sTexcoord(u1, v1)};
+            } else {
+                sVector const xLeft = axisX * left;
+                sVector const xRight = axisX * right;
+                sVector const yTop = axisY * top;
+                sVector const yBottom = axisY * bottom;
+                vertex[0] = {origin + xLeft + yTop, color, sTexcoord(u0, v0)};
+                vertex[1] = {origin + xRight + yTop, color, sTexcoord(u1, v0)};
+                vertex[2] = {origin + xLeft + yBottom, color, sTexcoord(u0, v1)};
+                vertex[3] = {origin + xRight + yBottom, color, sTexcoord(u1, v1)};
+            }
             vertex += 4;
         }
     }
