@@ -335,3 +335,39 @@ TEST_F(AnimTest, TheWalkSampleShowsItsFramesAtTheUnitOnEveryNumberOfThreads)
         EXPECT_TRUE(runs[0][c] == runs[1][c]) << "all threads show another picture at check " << c;
     }
 }
+
+TEST_F(AnimTest, AnEditOfThePlayedAnimationsRemakesTheTreesOverTheNewObjects)
+{
+    TextureResource* sheet = load<TextureResource>("anim/walk_sheet");
+    AnimResource* animation = makeAnimation();
+    animation->setTexture(sheet);
+    addTrack(animation, "cell", AnimCell::getStaticTypeInfo(), {"Size", "Position"});
+    addKey(animation, "cell", "Size", 0, sSize(8, 8));
+    AnimationUnit* unit = addUnit(listOf(0, animation), 10, 10);
+    unit->setCurrentAnimation(0);
+    for (int i = 0; i < 3; ++i) {
+        runFrame();
+    }
+    EXPECT_EQ(unit->getCurrentFrame(), 3u);
+    // An edit, as the animation tool makes one: the sequencer builds new
+    // objects at its next update, and the unit's trees follow them.
+    addKey(animation, "cell", "Position", 0, sPoint(5, 0));
+    addTrack(animation, "box", AnimCollision::getStaticTypeInfo(), {"Size"});
+    animation->moveTrackToFirst("box"); // before the cell, whose box then stays on its element
+    runFrame();
+    AnimSequencer const* sequencer = unit->getCurrentSequencer();
+    std::vector<sBBTreeElement const*> const drawn = elements(unit->getDrawTree());
+    ASSERT_EQ(drawn.size(), 1u);
+    EXPECT_EQ(drawn[0]->mpUserData, sequencer->getTrackArray()[1].mpObject);
+    ASSERT_EQ(elements(unit->getCollisionTree()).size(), 1u);
+    EXPECT_EQ(elements(unit->getCollisionTree())[0]->mpUserData, sequencer->getTrackArray()[0].mpObject);
+    EXPECT_EQ(drawn[0]->mOBB.mCenter, at(15, 10));
+    EXPECT_EQ(unit->getCurrentFrame(), 4u); // played on from where it was
+    std::vector<animtest::sQuad> const quads = recordedQuads();
+    ASSERT_EQ(quads.size(), 1u);
+    EXPECT_EQ(quads[0].mVertex[0].x, 11.0f);
+    animation->clearUpdate(); // the resource system's pass
+    runFrame();
+    EXPECT_EQ(unit->getCurrentFrame(), 5u);
+    EXPECT_EQ(recordedQuads().size(), 1u);
+}
