@@ -373,15 +373,27 @@ void UISystem::setActiveWindow(UIWindow* window)
     mWindowList.addFirst(window);
 }
 
+// Units add and remove their handles from their own updates, which may run
+// on the job threads: the list is locked for them.
 void UISystem::addGameViewControl(UIGameViewControl* control)
 {
+    if (control == nullptr) {
+        return;
+    }
+    lock();
     mGameViewControlList.addLast(control);
+    unlock();
 }
 
 void UISystem::removeGameViewControl(UIGameViewControl* control)
 {
+    if (control == nullptr) {
+        return;
+    }
+    lock();
     mGameViewControlList.remove(control);
     delete control;
+    unlock();
 }
 
 void UISystem::removeAllGameViewControl()

@@ -12,6 +12,7 @@
 #include "ui/uimenu.h"
 #include "ui/uimessage.h"
 #include "ui/uitexture.h"
+#include "unit/coordinateunit.h"
 #include "uitest.h"
 
 using namespace uitest;
@@ -163,4 +164,47 @@ TEST_F(UITest, TheTextureZoomStopsAt4096AndAtItsMinimumSize)
     EXPECT_FALSE(filtering->isItemChecked("Linear"));
     EXPECT_TRUE(colors->isItemChecked("Red"));
     EXPECT_FALSE(colors->isItemChecked("RGBA"));
+}
+
+TEST_F(GameViewControlTest, ASelectedCoordinateUnitShowsItsHandlesAndDeselectionLeavesTheDirectionHandle)
+{
+    CoordinateUnit* unit = new CoordinateUnit();
+    EXPECT_EQ(unit->getPosition(), sVector::Zero);
+    EXPECT_EQ(unit->getScale(), sVector::One);
+    EXPECT_EQ(unit->getOrientation(), sFixed::Zero);
+    unit->setPosition(sVector(sFixed(10.75f), sFixed(3.5f)));
+    unit->update(1.0f);
+    EXPECT_EQ(unit->getPositionControl(), nullptr);
+
+    // Selected: both handles at the next update, once, cut to whole pixels.
+    unit->setSelect(true);
+    unit->update(1.0f);
+    UIPositionControl* position = unit->getPositionControl();
+    UIDirectionControl* direction = unit->getDirectionControl();
+    ASSERT_NE(position, nullptr);
+    ASSERT_NE(direction, nullptr);
+    unit->update(1.0f);
+    EXPECT_EQ(unit->getPositionControl(), position);
+    EXPECT_EQ(unit->getDirectionControl(), direction);
+    EXPECT_EQ(position->getPosition(), sPoint(10, 3));
+    EXPECT_EQ(direction->getPosition(), sPoint(10, 3));
+    EXPECT_EQ(position->getView(), unit->getView());
+    frame();
+    // The square drags the unit: 20 window pixels are 40 world units.
+    drag((10 + 512) / 2, (3 + 256) / 2, 20, 0);
+    EXPECT_EQ(static_cast<int>(unit->getPosition().x), 50);
+
+    // Deselected: the position handle goes; the direction handle stays in
+    // the view and still turns the unit.
+    unit->setSelect(false);
+    unit->update(1.0f);
+    EXPECT_EQ(unit->getPositionControl(), nullptr);
+    EXPECT_EQ(unit->getDirectionControl(), nullptr);
+    frame();
+    drag((10 + 512) / 2, (3 - 60 + 256) / 2, 40, 30);
+    EXPECT_NEAR(static_cast<float>(unit->getOrientation()), 90.0f, 1.0f);
+    // A unit that dies takes the handle it left behind with it.
+    delete unit;
+    drag((10 + 512) / 2, (3 - 60 + 256) / 2, 40, 30);
+    EXPECT_TRUE(mpUI->validate());
 }
