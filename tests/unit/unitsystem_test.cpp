@@ -9,19 +9,15 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <thread>
 #include <tuple>
 #include <vector>
 
-#include "app/application.h"
-#include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
 #include "foundation/utils.h"
 #include "jobs/jobsystem.h"
-#include "platform/glcontext.h"
 #include "reflection/control.h"
 #include "reflection/objectlist.h"
 #include "render/drawcontext.h"
@@ -29,41 +25,21 @@
 #include "unit/unitbase.h"
 #include "unit/unitsystem.h"
 
+// The renderer tests' environment: one application, with a hidden window
+// when there is a display, whose end runs the heaps' leak checks (a unit left
+// undeleted is fatal); the units' heap comes from its memory manager.
+#include "../render/renderfixture.cpp"
+
 namespace {
 
-int const kWidth = 320;
-int const kHeight = 240;
+int const kWidth = rendertest::kWindowWidth;
+int const kHeight = rendertest::kWindowHeight;
 
-class TestApplication : public Application {
+class UnitHeap : public testing::Environment {
 public:
-    explicit TestApplication(sInitializer const* initializer) : Application(initializer) {}
-    void setup() override {}
-    void update(float) override {}
+    void SetUp() override { UnitBase::setAllocator(MemoryManager::getInstance()->createAllocator(0x1000000, "Unit")); }
 };
-
-// One application per process, with a hidden window when there is a display.
-// Its end runs the heaps' leak checks: a unit left undeleted is fatal.
-class UnitEnvironment : public testing::Environment {
-public:
-    void SetUp() override
-    {
-        char const* display = getenv("DISPLAY");
-        platform::setHeadless(display == nullptr || display[0] == '\0');
-        Application::sInitializer initializer = {"Unit test", kWidth, kHeight, 60, 20, 240};
-        mpApplication = new TestApplication(&initializer);
-        if (!platform::isHeadless()) {
-            platform::hideWindow(mpApplication->getWindowHandle());
-        }
-        MemoryManager* memory = MemoryManager::getInstance();
-        AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
-        System::setAllocator(memory->createAllocator(0x1000000, "System"));
-        UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
-    }
-    void TearDown() override { delete mpApplication; }
-
-    TestApplication* mpApplication = nullptr;
-};
-[[maybe_unused]] testing::Environment* const sEnvironment = testing::AddGlobalTestEnvironment(new UnitEnvironment);
+[[maybe_unused]] testing::Environment* const sUnitHeap = testing::AddGlobalTestEnvironment(new UnitHeap);
 
 } // namespace
 
@@ -427,7 +403,7 @@ public:
 
 TEST_F(UnitSystemTest, QuadsAppearAtTheirWorldPositionsWithAnyNumberOfThreads)
 {
-    if (platform::isHeadless()) {
+    if (!rendertest::hasWindow()) {
         GTEST_SKIP() << "no display: pixel tests need a window";
     }
     ASSERT_TRUE(mpRender->hasContext());
