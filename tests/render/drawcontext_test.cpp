@@ -26,16 +26,22 @@ protected:
 
 using DrawContextDeathTest = DrawContextTest;
 
-// Key, state bits and vertex bytes of every draw command, in replay order.
+// Key, state bits, textures, rectangles and vertex bytes of every draw
+// command, in replay order: all that the replay draws from.
 std::vector<std::vector<u8>> fingerprint(std::vector<sDrawCommand const*> const& draws)
 {
     std::vector<std::vector<u8>> result;
     for (sDrawCommand const* draw : draws) {
         u32 const stride = draw->isTextured() ? sizeof(sOutputTexturedVertex) : sizeof(sOutputVertex);
-        std::vector<u8> bytes(8 + draw->getVertexCount() * stride);
+        Texture* const textures[2] = {draw->mpTexture, draw->mpTarget};
+        sRect const rects[3] = {draw->mViewport, draw->mScissor, draw->mProjection};
+        std::vector<u8> bytes(8 + sizeof(textures) + sizeof(rects));
         memcpy(bytes.data(), &draw->mKey, 4);
         memcpy(bytes.data() + 4, &draw->mBits, 4);
-        memcpy(bytes.data() + 8, draw->mpVertices, bytes.size() - 8);
+        memcpy(bytes.data() + 8, textures, sizeof(textures));
+        memcpy(bytes.data() + 8 + sizeof(textures), rects, sizeof(rects));
+        u8 const* vertices = static_cast<u8 const*>(draw->mpVertices);
+        bytes.insert(bytes.end(), vertices, vertices + draw->getVertexCount() * stride);
         result.push_back(bytes);
     }
     return result;
