@@ -45,13 +45,12 @@ std::vector<sControlInfo> controls(ObjectBase& object)
         if (it->getType() == eControlType_Property) {
             PropertyControl* control = static_cast<PropertyControl*>(*it);
             info.mKind = control->getKind();
-            for (u32 i = 0; control->getMaskInfo() != nullptr && i < 3; ++i) {
+            // The table's length is the control's array count.
+            for (u32 i = 0; control->getMaskInfo() != nullptr && i < control->getArrayNum(); ++i) {
                 info.mLabels.push_back(control->getMaskInfo()[i].mpName);
             }
-            if (sEnumInfo const* enums = control->getEnumInfo()) {
-                for (u32 i = 0; i < 3 && enums[i].mValue == i && (i < 2 || info.mName != "PlacementMode"); ++i) {
-                    info.mLabels.push_back(enums[i].mpName);
-                }
+            for (u32 i = 0; control->getEnumInfo() != nullptr && i < control->getArrayNum(); ++i) {
+                info.mLabels.push_back(control->getEnumInfo()[i].mpName);
             }
         }
         result.push_back(info);
