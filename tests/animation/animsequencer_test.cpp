@@ -252,3 +252,20 @@ TEST_F(AnimTest, TheWalkSampleIsTheSameInItsXmlAndNativeForms)
     EXPECT_EQ(copy->getTexture(), xml->getTexture());
     EXPECT_EQ(nativeLanes(copy), nativeLanes(xml));
 }
+
+TEST_F(AnimTest, AnAnimationThatNestsItselfLoadsOnceAndItsInnerNameStaysEmpty)
+{
+    // The idle sample with its nested animation renamed to itself.
+    std::string text = animtest::readSample("idle.asq.xml");
+    std::string const nested = "path=\"anim/blink\"";
+    text.replace(text.find(nested), nested.size(), "path=\"anim/loop\"");
+    animtest::writeFile(intermediateFile("anim/loop.asq.xml"), text);
+    AnimResource* loop = load<AnimResource>("anim/loop");
+    ASSERT_NE(loop, nullptr);
+    AnimSequencer sequencer;
+    sequencer.setResource(loop);
+    EXPECT_EQ(sequencer.getAnimSequencerNum(), 1u);
+    AnimSequencer* inner = trackObject<AnimSequencer>(sequencer, 1);
+    ASSERT_NE(inner, nullptr);
+    EXPECT_EQ(inner->getResource(), nullptr); // the key could not name the file inside its own load
+}
