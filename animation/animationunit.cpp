@@ -232,6 +232,9 @@ bool AnimationUnit::isEdited(AnimSequencer const* sequencer)
     if (resource != nullptr && resource->isUpdated()) {
         return true;
     }
+    if (sequencer->getAnimSequencerNum() == 0) {
+        return false;
+    }
     // Unedited, the objects are those the tracks were sorted over.
     Sequencer::sTrackData const* tracks = sequencer->getTrackArray();
     for (u32 t = 0; t < sequencer->getTrackNum(); ++t) {

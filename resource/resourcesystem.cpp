@@ -26,6 +26,37 @@ u32 const kExtensionRoom = 34;
 // sLoadData is three pointers: 24 bytes.
 u32 const kLoadBlockNum = ResourceSystem::kLoadQueueMax;
 
+// Files being read on this thread, innermost last. A file names others (a
+// sequence its nested sequences, an animation list its animations), which
+// load inside its own load; one that names itself, directly or through
+// others, would load again without end.
+u32 const kLoadNestingMax = 32;
+thread_local u32 tLoading[kLoadNestingMax];
+thread_local u32 tLoadingNum = 0;
+
+// False, with a trace, when the file is already being read on this thread
+// or the chain of files is too long; otherwise enters it.
+bool enterLoad(u32 hash, char const* fileName)
+{
+    for (u32 i = 0; i < tLoadingNum; ++i) {
+        if (tLoading[i] == hash) {
+            DEV_TRACE("Resource %s refers to itself.\n", fileName);
+            return false;
+        }
+    }
+    if (tLoadingNum == kLoadNestingMax) {
+        DEV_TRACE("Resource %s nests too deep.\n", fileName);
+        return false;
+    }
+    tLoading[tLoadingNum++] = hash;
+    return true;
+}
+
+void leaveLoad()
+{
+    --tLoadingNum;
+}
+
 // What resource properties need of this layer (see reflection/property.h).
 TypeInfo const* linkGetTypeInfo(ResourceBase const* resource)
 {
@@ -225,8 +256,13 @@ ResourceBase* ResourceSystem::loadIntermediate(ResourceBase* resource, char cons
         resource->release();
         return found;
     }
+    if (!enterLoad(hash, fileName)) {
+        resource->release();
+        return nullptr;
+    }
     bool const loaded = resource->checkAttribute(ResourceBase::eAttribute_Binary) ? loadBinary(resource, fileName)
                                                                                   : loadText(resource, fileName);
+    leaveLoad();
     if (!loaded) {
         DEV_TRACE("Resource %s loading fail.\n", fileName);
         resource->release();
@@ -249,7 +285,13 @@ ResourceBase* ResourceSystem::loadNative(ResourceBase* resource, char const* pat
         resource->release();
         return found;
     }
-    if (loadBinary(resource, fileName)) {
+    if (!enterLoad(hash, fileName)) {
+        resource->release();
+        return nullptr;
+    }
+    bool const loaded = loadBinary(resource, fileName);
+    leaveLoad();
+    if (loaded) {
         return addResource(resource, hash);
     }
 

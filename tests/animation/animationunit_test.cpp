@@ -50,17 +50,6 @@ TEST_F(AnimTest, AUnitChoosesAnimationsByIndexAndPlaysTheCurrentOne)
     EXPECT_EQ(bare->getPosition(), sVector::Zero);
     EXPECT_EQ(bare->getScale(), sVector::One);
     EXPECT_EQ(bare->getOrientation(), sFixed::Zero);
-    {
-        PropertyList properties;
-        bare->makePropertyList(properties);
-        std::vector<std::string> names;
-        for (PropertyList::Iterator it = properties.begin(); it != properties.end(); ++it) {
-            names.push_back(it->getName());
-        }
-        EXPECT_EQ(names, (std::vector<std::string>{"TypeName", "Status", "Category", "PriorityGroup", "View", "Position",
-                                                   "Scale", "Orientation", "AnimationList", "Color",
-                                                   "CurrentAnimation"}));
-    }
     delete bare;
 
     AnimationListIntermediate* list = load<AnimationListIntermediate>("anim/character");

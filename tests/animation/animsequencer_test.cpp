@@ -41,27 +41,23 @@ TEST_F(AnimTest, TheTexturePathTravelsInTheTypeDependentData)
     TextureResource* sheet = load<TextureResource>("anim/walk_sheet");
     ASSERT_NE(sheet, nullptr);
     AnimResource* animation = makeAnimation();
-    EXPECT_EQ(animation->getSequenceType(), static_cast<u32>(SequencerResource::eSequenceType_Animation));
+    EXPECT_EQ(animation->getSequenceType(), 1u);
     animation->clearModify();
     animation->setTexture(sheet);
     EXPECT_TRUE(animation->isModified());
-    EXPECT_EQ(animation->getTexture(), sheet);
     ASSERT_EQ(animation->getTypeDependentDataSize(), 16u);
     EXPECT_STREQ(reinterpret_cast<char const*>(animation->getTypeDependentData()), "anim/walk_sheet");
-    // A sequencer takes the texture the data names.
-    AnimSequencer sequencer;
+    AnimSequencer sequencer; // takes the texture the data names
     sequencer.setResource(animation);
     EXPECT_EQ(sequencer.getTexture(), sheet);
-
     int const held = sheet->getRefCount();
     animation->setTexture(sheet); // the same texture again keeps one reference
     EXPECT_EQ(sheet->getRefCount(), held);
-
+    // Null empties the block; a sequencer then asks for a path of null and
+    // has no texture to draw cells with.
     animation->setTexture(nullptr);
     EXPECT_EQ(animation->getTypeDependentDataSize(), 0u);
-    EXPECT_EQ(animation->getTypeDependentData(), nullptr);
     EXPECT_EQ(sheet->getRefCount(), held - 1);
-    // No path: the sequencer asks for one of null and draws no cells with what it gets.
     AnimSequencer bare;
     bare.setResource(animation);
     EXPECT_TRUE(bare.getTexture() == nullptr || bare.getTexture()->getTexture() == nullptr);
@@ -251,4 +247,21 @@ TEST_F(AnimTest, TheWalkSampleIsTheSameInItsXmlAndNativeForms)
     ASSERT_NE(copy, nullptr);
     EXPECT_EQ(copy->getTexture(), xml->getTexture());
     EXPECT_EQ(nativeLanes(copy), nativeLanes(xml));
+}
+
+TEST_F(AnimTest, AnAnimationThatNestsItselfLoadsOnceAndItsInnerNameStaysEmpty)
+{
+    // The idle sample with its nested animation renamed to itself.
+    std::string text = animtest::readSample("idle.asq.xml");
+    std::string const nested = "path=\"anim/blink\"";
+    text.replace(text.find(nested), nested.size(), "path=\"anim/loop\"");
+    animtest::writeFile(intermediateFile("anim/loop.asq.xml"), text);
+    AnimResource* loop = load<AnimResource>("anim/loop");
+    ASSERT_NE(loop, nullptr);
+    AnimSequencer sequencer;
+    sequencer.setResource(loop);
+    EXPECT_EQ(sequencer.getAnimSequencerNum(), 1u);
+    AnimSequencer* inner = trackObject<AnimSequencer>(sequencer, 1);
+    ASSERT_NE(inner, nullptr);
+    EXPECT_EQ(inner->getResource(), nullptr); // the key could not name the file inside its own load
 }

@@ -17,6 +17,7 @@
 
 namespace {
 
+// "Name" per property, in order.
 std::vector<std::string> propertyNames(ObjectBase& object)
 {
     PropertyList list;
@@ -28,55 +29,28 @@ std::vector<std::string> propertyNames(ObjectBase& object)
     return names;
 }
 
-struct sControlInfo {
-    std::string mName;
-    u32 mType;
-    u32 mKind;
-    std::vector<std::string> mLabels; // flag or enumeration names
-};
-
-std::vector<sControlInfo> controls(ObjectBase& object)
+// "Name" per control, in order, and "Name:label,label" for a flag or an
+// enumeration control.
+std::vector<std::string> controlNames(ObjectBase& object)
 {
     List<ControlBase> list;
     object.makeControlList(list);
-    std::vector<sControlInfo> result;
+    std::vector<std::string> names;
     for (LinkIterator<ControlBase> it = list.begin(); it != list.end(); ++it) {
-        sControlInfo info{it->getName(), it->getType(), 0, {}};
+        std::string name = it->getName();
         if (it->getType() == eControlType_Property) {
-            PropertyControl* control = static_cast<PropertyControl*>(*it);
-            info.mKind = control->getKind();
-            for (u32 i = 0; control->getMaskInfo() != nullptr && i < 3; ++i) {
-                info.mLabels.push_back(control->getMaskInfo()[i].mpName);
-            }
-            if (sEnumInfo const* enums = control->getEnumInfo()) {
-                for (u32 i = 0; i < 3 && enums[i].mValue == i && (i < 2 || info.mName != "PlacementMode"); ++i) {
-                    info.mLabels.push_back(enums[i].mpName);
-                }
+            PropertyControl const* control = static_cast<PropertyControl const*>(*it);
+            for (u32 i = 0; i < control->getArrayNum(); ++i) {
+                char const* label = (control->getMaskInfo() != nullptr) ? control->getMaskInfo()[i].mpName
+                                    : (control->getEnumInfo() != nullptr) ? control->getEnumInfo()[i].mpName
+                                                                          : "";
+                name += (i == 0 ? ":" : ",") + std::string(label);
             }
         }
-        result.push_back(info);
+        names.push_back(name);
         delete *it;
     }
-    return result;
-}
-
-std::vector<std::string> namesOf(std::vector<sControlInfo> const& infos)
-{
-    std::vector<std::string> names;
-    for (sControlInfo const& info : infos) {
-        names.push_back(info.mName);
-    }
     return names;
-}
-
-sControlInfo const* find(std::vector<sControlInfo> const& infos, char const* name)
-{
-    for (sControlInfo const& info : infos) {
-        if (info.mName == name) {
-            return &info;
-        }
-    }
-    return nullptr;
 }
 
 // A generator that lives as long as the pool's particles are examined.
@@ -110,30 +84,22 @@ std::vector<u8> poolBytes(AnimGenerator const& generator)
 
 } // namespace
 
+// Lanes bind to control names and files keep property names.
 TEST(AnimPrimitiveTest, CellCollisionAndGeneratorPublishTheirValuesForLanesAndFiles)
 {
     AnimCell cell;
     EXPECT_EQ(cell.getAttribute(), 1u); // visible
-    EXPECT_EQ(cell.getColor(), sColor::White);
     cell.setAttribute(0xFF);
     EXPECT_EQ(cell.getAttribute(), 7u);
     cell.setBlendMode(3);
     EXPECT_EQ(cell.getBlendMode(), 3u); // stored; drawing then keeps the context's mode
-    cell.setBlendMode(6);
-    EXPECT_EQ(cell.getBlendMode(), 2u);
-
-    std::vector<std::string> const cellNames = {"Position", "UV", "Size", "Color", "Attribute", "BlendMode"};
-    EXPECT_EQ(propertyNames(cell), cellNames);
-    std::vector<sControlInfo> const cellControls = controls(cell);
-    EXPECT_EQ(namesOf(cellControls), cellNames);
-    EXPECT_EQ(find(cellControls, "Attribute")->mKind, static_cast<u32>(PropertyControl::eKind_Mask));
-    EXPECT_EQ(find(cellControls, "Attribute")->mLabels, (std::vector<std::string>{"Visible", "HFlip", "VFlip"}));
-    EXPECT_EQ(find(cellControls, "BlendMode")->mLabels, (std::vector<std::string>{"MODULATE", "ADD", "SUBTRACT"}));
-
+    EXPECT_EQ(propertyNames(cell),
+              (std::vector<std::string>{"Position", "UV", "Size", "Color", "Attribute", "BlendMode"}));
+    EXPECT_EQ(controlNames(cell), (std::vector<std::string>{"Position", "UV", "Size", "Color",
+                                                            "Attribute:Visible,HFlip,VFlip",
+                                                            "BlendMode:MODULATE,ADD,SUBTRACT"}));
     AnimCollision collision;
-    std::vector<std::string> const collisionNames = {"Position", "Size", "Attribute"};
-    EXPECT_EQ(propertyNames(collision), collisionNames);
-    EXPECT_EQ(namesOf(controls(collision)), collisionNames);
+    EXPECT_EQ(controlNames(collision), (std::vector<std::string>{"Position", "Size", "Attribute"}));
 
     AnimGenerator generator;
     std::vector<std::string> names = {"MaxParticleNum", "GenerateRate", "RandomSeed", "Position", "PlacementMode",
@@ -142,18 +108,12 @@ TEST(AnimPrimitiveTest, CellCollisionAndGeneratorPublishTheirValuesForLanesAndFi
                                       "InnerRadius", "OuterRadius", "LifeDuration", "AppearanceTime",
                                       "DisappearanceTime", "ScaleRate"};
     EXPECT_EQ(propertyNames(generator), names);
-    std::vector<sControlInfo> const generatorControls = controls(generator);
-    names[1] = "GenerataionRate"; // lanes bind to this spelling
-    names.push_back("Generate");
-    names.push_back("Reset");
-    EXPECT_EQ(namesOf(generatorControls), names);
-    EXPECT_EQ(find(generatorControls, "Generate")->mType, static_cast<u32>(eControlType_Trigger));
-    EXPECT_EQ(find(generatorControls, "PlacementMode")->mLabels, (std::vector<std::string>{"DISC", "UNIFORMLY_DISC"}));
-    EXPECT_EQ(find(generatorControls, "VelocityMode")->mLabels,
-              (std::vector<std::string>{"RANDOM", "POSITION_DEPENDENT", "DIRECTIONAL"}));
-    EXPECT_EQ(generator.getMaxParticleNum(), 16u);
-    EXPECT_EQ(generator.getRandomSeed(), 305419896u);
-    EXPECT_TRUE(generator.getRandomFlip());
+    names[1] = "GenerataionRate"; // so spelt for lanes
+    names[4] = "PlacementMode:DISC,UNIFORMLY_DISC";
+    names[5] = "VelocityMode:RANDOM,POSITION_DEPENDENT,DIRECTIONAL";
+    names[6] = "BlendMode:MODULATE,ADD,SUBTRACT";
+    names.insert(names.end(), {"Generate", "Reset"});
+    EXPECT_EQ(controlNames(generator), names);
 }
 
 // ---------------------------------------------------------------------------
@@ -394,33 +354,25 @@ TEST(AnimGeneratorTest, TheSameSeedReplaysTheSameParticlesAndANewSeedWipesThePoo
     delete third;
 }
 
-TEST(AnimGeneratorTest, PlacementAndVelocityModesShapeBirths)
+TEST(AnimGeneratorTest, PlacementAndVelocityModesShapeBirthsAndTheFlipDrawIsTaken)
 {
-    // A ring: inner and outer radius equal.
+    // A ring where the radii are equal; the uniform disc lies in the unit
+    // disc, between inner / outer and 1.
     AnimGenerator* ring = makeGenerator();
-    ring->mInnerRadius = 10;
-    ring->mOuterRadius = 10;
-    ring->generate(0);
-    for (u32 i = 0; i < 16; ++i) {
-        EXPECT_NEAR(ring->getParticle(i).mPosition.length(), 10.0f, 1e-3);
-    }
-    delete ring;
-
-    // The uniform disc lies in the unit disc, between inner / outer and 1.
+    ring->mInnerRadius = ring->mOuterRadius = 10;
     AnimGenerator* disc = makeGenerator();
     disc->setPlacementMode(AnimGenerator::ePlacementMode_UniformlyDisc);
     disc->mInnerRadius = 5;
     disc->mOuterRadius = 10;
+    ring->generate(0);
     disc->generate(0);
     for (u32 i = 0; i < 16; ++i) {
-        f32 const length = disc->getParticle(i).mPosition.length();
-        EXPECT_GE(length, 0.5f - 1e-3f);
-        EXPECT_LE(length, 1.0f + 1e-3f);
+        EXPECT_NEAR(ring->getParticle(i).mPosition.length(), 10.0f, 1e-3);
+        EXPECT_GE(disc->getParticle(i).mPosition.length(), 0.5f - 1e-3f);
+        EXPECT_LE(disc->getParticle(i).mPosition.length(), 1.0f + 1e-3f);
     }
-    delete disc;
-
-    // Outer radius 0 places at the centre, and position-dependent velocity
-    // then has no direction.
+    // Outer radius 0 places at the centre, where position-dependent velocity
+    // has no direction.
     AnimGenerator* still = makeGenerator();
     still->setPlacementMode(AnimGenerator::ePlacementMode_UniformlyDisc);
     still->setVelocityMode(AnimGenerator::eVelocityMode_PositionDependent);
@@ -428,31 +380,19 @@ TEST(AnimGeneratorTest, PlacementAndVelocityModesShapeBirths)
     still->generate(1);
     EXPECT_EQ(still->getParticle(0).mPosition, sVector::Zero);
     EXPECT_EQ(still->getParticle(0).mVelocity, sVector::Zero);
-    delete still;
-
-    // Directional without a range: straight down at the speed.
-    AnimGenerator* down = makeGenerator();
-    down->setVelocityMode(AnimGenerator::eVelocityMode_Directional);
-    down->mDirection = 90.0f;
-    down->mSpeed = 2.0f;
-    down->generate(1);
-    EXPECT_NEAR(static_cast<f32>(down->getParticle(0).mVelocity.x), 0.0f, 1e-3);
-    EXPECT_NEAR(static_cast<f32>(down->getParticle(0).mVelocity.y), 2.0f, 1e-3);
-    delete down;
-
-    // The flip draw never flips, but it is taken: without it the stream moves
-    // one draw less per birth.
-    AnimGenerator* flipping = makeGenerator();
+    // The flip draw never flips, but without it the stream moves one draw
+    // less per birth.
     AnimGenerator* plain = makeGenerator();
     plain->setRandomFlip(false);
-    flipping->mSpeed = plain->mSpeed = 1.0f;
-    flipping->generate(2);
+    ring->reset();
+    ring->mSpeed = plain->mSpeed = 1.0f;
+    ring->mInnerRadius = ring->mOuterRadius = 0;
+    ring->generate(2);
     plain->generate(2);
-    EXPECT_EQ(flipping->getParticle(0).mVelocity, plain->getParticle(0).mVelocity);
-    EXPECT_NE(flipping->getParticle(1).mVelocity, plain->getParticle(1).mVelocity);
-    for (u32 i = 0; i < 2; ++i) {
-        EXPECT_EQ(flipping->getParticle(i).mFlags & (AnimGenerator::eParticle_HFlip | AnimGenerator::eParticle_VFlip), 0u);
+    EXPECT_EQ(ring->getParticle(0).mVelocity, plain->getParticle(0).mVelocity);
+    EXPECT_NE(ring->getParticle(1).mVelocity, plain->getParticle(1).mVelocity);
+    EXPECT_EQ(ring->getParticle(1).mFlags & (AnimGenerator::eParticle_HFlip | AnimGenerator::eParticle_VFlip), 0u);
+    for (AnimGenerator* generator : {ring, disc, still, plain}) {
+        delete generator;
     }
-    delete flipping;
-    delete plain;
 }
