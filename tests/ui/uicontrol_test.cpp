@@ -690,3 +690,74 @@ TEST_F(ControlTest, TheSystemsAndResourcesOfferTheirWidgets)
     enter(threads->getValueControl(), "0");
     EXPECT_EQ(JobSystem::getInstance()->getJobThreadNum(), 1u);
 }
+
+TEST_F(ControlTest, AResourceFieldOffersTheFiltersOfItsClassAndAWrongControlForAPropertyIsFatal)
+{
+    // A native class lists its own filter, then its intermediate classes'.
+    ResourceBase* nothing = nullptr;
+    UIResourceControl* field = new UIResourceControl(
+        new ResourceProperty("Picture", TextureResource::getStaticTypeInfo(), &nothing), false, UIControl::NoIndex);
+    field->openFile();
+    char const* const* filters = field->getFilters();
+    ASSERT_NE(filters[0], nullptr);
+    ASSERT_NE(filters[1], nullptr);
+    ASSERT_NE(filters[2], nullptr);
+    EXPECT_STREQ(filters[0], "tex|Texture");
+    EXPECT_STREQ(filters[1], "tga|Targa");
+    EXPECT_STREQ(filters[2], "bmp|Bitmap");
+    EXPECT_EQ(filters[3], nullptr);
+    delete field;
+
+    s32 number = 0;
+    float real = 0.0f;
+    sPoint point(0, 0);
+    ObjectBase* object = nullptr;
+    static sMaskInfo const masks[] = {{"A", 1}};
+    static sEnumInfo const enums[] = {{"A", 0}};
+    struct sCase {
+        char const* mMessage;
+        void (*mpMake)(s32*, float*, sPoint*, ObjectBase**);
+    } const cases[] = {
+        {"Invalid property type.",
+         [](s32*, float*, sPoint* p, ObjectBase**) {
+             new UINumericControl(new ReferenceProperty<sPoint>("p", p), false, UIControl::NoIndex,
+                                  UIControl::eMode_Decimal);
+         }},
+        {"Property type missmatch.",
+         [](s32*, float*, sPoint* p, ObjectBase**) {
+             new UIFlagGroupControl(new ReferenceProperty<sPoint>("p", p), masks, 1, false, UIControl::NoIndex);
+         }},
+        {"Property type missmatch.",
+         [](s32*, float*, sPoint* p, ObjectBase**) {
+             new UIEnumControl(new ReferenceProperty<sPoint>("p", p), enums, 1, false, UIControl::NoIndex);
+         }},
+        {"Nameless property.",
+         [](s32* n, float*, sPoint*, ObjectBase**) {
+             uNumeric low;
+             uNumeric high;
+             UINumericControl::getTypeRange(ePropertyType_S32, low, high);
+             new UIParameterControl(new ReferenceProperty<s32>(nullptr, n), low, high, false, UIControl::NoIndex,
+                                    UIControl::eMode_Decimal);
+         }},
+        {"Not TextureResource.",
+         [](s32*, float*, sPoint*, ObjectBase**) {
+             static ResourceBase* resource = nullptr;
+             new UITextureResourceControl(new ResourceProperty("r", ResourceBase::getStaticTypeInfo(), &resource),
+                                          false, UIControl::NoIndex);
+         }},
+        {"Not Texture.",
+         [](s32*, float* f, sPoint*, ObjectBase**) {
+             new UITextureControl(new ReferenceProperty<float>("f", f), UIControl::NoIndex);
+         }},
+        {"Invalid TypoInfo.",
+         [](s32*, float*, sPoint*, ObjectBase**) {
+             static ResourceBase* resource = nullptr;
+             (new UIResourceControl(new ResourceProperty("r", ResourceBase::getStaticTypeInfo(), &resource), false,
+                                    UIControl::NoIndex))
+                 ->openFile();
+         }},
+    };
+    for (sCase const& c : cases) {
+        EXPECT_DEATH(c.mpMake(&number, &real, &point, &object), c.mMessage) << c.mMessage;
+    }
+}
