@@ -10,6 +10,8 @@
 #include "render/viewsystem.h"
 #include "reflection/property.h"
 #include "ui/uicontrolcomposite.h"
+#include "tool/toolbase.h"
+#include "tool/viewerwindow.h"
 
 IMPLEMENT_TYPEINFO(ToolSystem, "System", TypeInfo::eAttribute_Singleton);
 ToolSystem* ToolSystem::mpInstance = nullptr;
@@ -728,4 +730,25 @@ void ToolSystem::draw(DrawContext* context)
             break;
         }
     }
+}
+
+// ---------------------------------------------------------------------------
+// Tools
+
+ToolBase* ToolSystem::createTool(TypeInfo const* resourceType) const
+{
+    if (resourceType == nullptr) {
+        return nullptr;
+    }
+    for (TypeInfo const* type : mToolTypeInfoList) {
+        ToolBase* tool = static_cast<ToolBase*>(type->newInstance());
+        if (tool == nullptr) {
+            continue;
+        }
+        if (tool->getResourceTypeInfo() == resourceType) {
+            return tool;
+        }
+        delete tool;
+    }
+    return new ResourceViewerWindow();
 }

@@ -13,6 +13,7 @@
 
 class DrawContext;
 class Texture;
+class ToolBase;
 
 class ToolSystem : public System {
 public:
@@ -135,10 +136,13 @@ public:
     Texture* getFontTexture() const { return mpFontTexture; }
     // "FontTexture": a preview of the font, for inspection.
     void makeUIList(List<UIBase>& list) override;
-    // The type records derived from ToolBase, in database order. createTool
-    // (the tool for a resource type) and makeUIList (the font's texture
-    // control) join here with the tool classes and the widgets.
+    // The type records derived from ToolBase, in database order.
     Vector<TypeInfo const> const& getToolTypeInfoList() const { return mToolTypeInfoList; }
+    // The tool whose managed class is exactly resourceType, found by making
+    // one of each tool class in turn (so a tool's constructor must be cheap
+    // and harmless); a ResourceViewerWindow when none claims it; null for
+    // null. The caller shows it with UISystem::addWindow.
+    ToolBase* createTool(TypeInfo const* resourceType) const;
 
     // -- Context builders: allocate and fill vertices of the context's
     // current declaration; they set no state apart from drawString's texture.

@@ -321,7 +321,7 @@ UIControl::~UIControl()
 
 AutoString UIControl::getName() const
 {
-    if (mpProperty == nullptr || mpProperty->getName() == nullptr) {
+    if (mpProperty == nullptr || mpProperty->getName() == nullptr || mpProperty->getName()[0] == '\0') {
         return AutoString();
     }
     if (mIndex != NoIndex) {

@@ -1,8 +1,12 @@
 #include "ui/uidesktop.h"
 
 #include "reflection/property.h"
+#include "resource/resourcesystem.h"
 #include "resource/textureresource.h"
+#include "tool/infowindow.h"
+#include "tool/toolbase.h"
 #include "ui/uicontrolcomposite.h"
+#include "ui/uidialog.h"
 #include "ui/uimenu.h"
 #include "ui/uipainter.h"
 #include "ui/uishortcut.h"
@@ -20,8 +24,6 @@ UIShortcut<UIDesktop> const kShortcutTable[] = {
 };
 
 } // namespace
-
-UIDesktop::Launcher UIDesktop::sLaunchers[UIDesktop::eLauncher_Num] = {};
 
 UIDesktop::UIDesktop() : mpMainMenu(nullptr), mpWallpaper(nullptr)
 {
@@ -45,44 +47,71 @@ UIDesktop::~UIDesktop()
     }
 }
 
-void UIDesktop::setLauncher(eLauncher which, Launcher launcher)
-{
-    sLaunchers[which] = launcher;
-}
-
 void UIDesktop::launchSystemManager()
 {
-    if (sLaunchers[eLauncher_SystemManager] != nullptr) {
-        sLaunchers[eLauncher_SystemManager]();
-    }
+    UISystem::getInstance()->addWindow(new SystemInfoWindow());
 }
 
 void UIDesktop::launchResourceManager()
 {
-    if (sLaunchers[eLauncher_ResourceManager] != nullptr) {
-        sLaunchers[eLauncher_ResourceManager]();
-    }
+    UISystem::getInstance()->addWindow(new ResourceInfoWindow());
 }
 
 void UIDesktop::launchUnitManager()
 {
-    if (sLaunchers[eLauncher_UnitManager] != nullptr) {
-        sLaunchers[eLauncher_UnitManager]();
-    }
+    UISystem::getInstance()->addWindow(new UnitInfoWindow());
 }
 
 void UIDesktop::lanchTool()
 {
-    if (sLaunchers[eLauncher_Tool] != nullptr) {
-        sLaunchers[eLauncher_Tool]();
+    UISystem::getInstance()->addWindow(new UIPlaneObjectDialog("Tool select", this, &UIDesktop::notifySelectTool,
+                                                               ToolBase::getStaticTypeInfo(), nullptr));
+}
+
+void UIDesktop::notifySelectTool(UIDialog* dialog)
+{
+    if (dialog->getReturnValue() != UIDialog::eReturnValue_Ok) {
+        return;
+    }
+    TypeInfo const* type = static_cast<UIPlaneObjectDialog const*>(dialog)->getSelecteTypeInfo();
+    if (type == nullptr) {
+        return;
+    }
+    if (ObjectBase* tool = type->newInstance()) {
+        UISystem::getInstance()->addWindow(static_cast<UIWindow*>(tool));
     }
 }
 
 void UIDesktop::changeWallpaper()
 {
-    if (sLaunchers[eLauncher_ChangeWallpaper] != nullptr) {
-        sLaunchers[eLauncher_ChangeWallpaper]();
+    static char const* filters[] = {"tex|Texture", "bmp|Bitmap", "tga|Targa", nullptr};
+    UISystem::getInstance()->addWindow(
+        new UIFileDialog("Texture open", this, &UIDesktop::notifySelectWallpaper, "All Texture", filters, false, nullptr));
+}
+
+void UIDesktop::notifySelectWallpaper(UIDialog* dialog)
+{
+    UIFileDialog const* fileDialog = static_cast<UIFileDialog const*>(dialog);
+    if (fileDialog->getReturnValue() != UIDialog::eReturnValue_Ok) {
+        return;
     }
+    AutoString const extension = fileDialog->getExtension();
+    if (extension.empty()) {
+        return;
+    }
+    ResourceSystem* resources = ResourceSystem::getInstance();
+    TypeInfo const* type = resources->getTypeInfoByExtension(extension.c_str());
+    if (type == nullptr) {
+        return;
+    }
+    ResourceBase* wallpaper = resources->createResource(fileDialog->getResourcePath().c_str(), type);
+    if (wallpaper == nullptr) {
+        return;
+    }
+    if (mpWallpaper != nullptr) {
+        mpWallpaper->release();
+    }
+    mpWallpaper = wallpaper;
 }
 
 UIShortcutBase const* UIDesktop::findShortcut(unsigned int keyCode, unsigned int combinationKey) const

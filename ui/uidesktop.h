@@ -29,26 +29,19 @@ public:
     // The wallpaper's resource control with its preview.
     void makeUIList(List<UIBase>& list) override;
 
-    // The start menu's actions. The manager windows, the tool chooser and
-    // the file dialog belong to the tool layer, which installs them here.
-    typedef void (*Launcher)();
-    enum eLauncher {
-        eLauncher_SystemManager,
-        eLauncher_ResourceManager,
-        eLauncher_UnitManager,
-        eLauncher_Tool,
-        eLauncher_ChangeWallpaper,
-        eLauncher_Num
-    };
-    static void setLauncher(eLauncher which, Launcher launcher);
+    // The start menu's actions: the three information windows, the tool
+    // chooser, and the wallpaper's file dialog.
     void launchSystemManager();
     void launchResourceManager();
     void launchUnitManager();
     void lanchTool();
+    void notifySelectTool(UIDialog* dialog);
+    // "Texture open" over the texture files; the chosen one, if it loads,
+    // becomes the wallpaper and the old one is released.
     void changeWallpaper();
+    void notifySelectWallpaper(UIDialog* dialog);
 
 private:
     UIMainMenu* mpMainMenu;
     ResourceBase* mpWallpaper;
-    static Launcher sLaunchers[eLauncher_Num];
 };

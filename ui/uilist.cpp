@@ -17,6 +17,8 @@ unsigned int const kPrimary = 1;
 // The header and the frame below it: the view of the rows is the list's
 // height less this.
 int const kRowViewMargin = 18;
+// Text keeps off the grid lines by this much on either side.
+int const kCellMargin = 2;
 
 // The property lists of the rows live in the widget heap like the widgets.
 class Row : public PropertyList {
@@ -138,6 +140,13 @@ bool UIList::isSelected(unsigned int row) const
         return mpSelectFlags[row] != 0;
     }
     return row == mSelectRow;
+}
+
+void UIList::setSelectFlag(unsigned int row, bool selected)
+{
+    if (mMultiSelect && row < mRowCount) {
+        mpSelectFlags[row] = selected ? 1 : 0;
+    }
 }
 
 void UIList::setSelectRow(unsigned int row)
@@ -360,10 +369,12 @@ void UIList::drawColumn(UIPainter* painter, PropertyBase* property, sRect const&
         unsigned int const length = cap < sizeof(cut) - 1 ? cap : sizeof(cut) - 1;
         memcpy(cut, text, length);
         cut[length] = '\0';
-        painter->drawString(rect, cut, color, toAlignment(alignment));
+        painter->drawString(sRect(rect.left + kCellMargin, rect.top, rect.right - kCellMargin, rect.bottom), cut, color,
+                            toAlignment(alignment));
         return;
     }
-    painter->drawString(rect, text, color, toAlignment(alignment));
+    painter->drawString(sRect(rect.left + kCellMargin, rect.top, rect.right - kCellMargin, rect.bottom), text, color,
+                        toAlignment(alignment));
 }
 
 void UIList::eventMouseDown(sPoint const& position, unsigned int button)

@@ -75,6 +75,9 @@ public:
     // As selectRow, without calling the select functor.
     void setSelectRow(unsigned int row);
     bool isSelected(unsigned int row) const;
+    // One row's flag in multiple selection, without the select functor:
+    // for owners that keep the selection in their objects.
+    void setSelectFlag(unsigned int row, bool selected);
     void selectRow(unsigned int row);
     void decideRow(unsigned int row);
     void notifyColumnButton(UIButton*) {}

@@ -1,5 +1,7 @@
 #include "ui/uisystem.h"
 
+#include "tool/toolbase.h"
+
 #include "app/application.h"
 #include "foundation/debug.h"
 #include "input/keyboardsystem.h"
@@ -9,6 +11,7 @@
 #include "render/drawcontext.h"
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
+#include "tool/toolbase.h"
 #include "ui/uidesktop.h"
 #include "ui/uigameviewcontrol.h"
 #include "ui/uimenu.h"
@@ -298,10 +301,25 @@ void UISystem::executeRemove()
 // ---------------------------------------------------------------------------
 // Windows and controls
 
+// A resource has at most one tool window: a second one is deleted at once.
+// Windows still waiting to be admitted are not searched.
 void UISystem::addWindow(UIWindow* window)
 {
     if (window == nullptr) {
         return;
+    }
+    if (window->getTypeInfo()->isDerivedFrom(ToolBase::getStaticTypeInfo())) {
+        ResourceBase const* resource = static_cast<ToolBase const*>(window)->getManagedResource();
+        if (resource != nullptr) {
+            for (ObjectBase* object : mWindowList) {
+                UIWindow const* open = static_cast<UIWindow const*>(object);
+                if (open->getTypeInfo()->isDerivedFrom(ToolBase::getStaticTypeInfo()) &&
+                    static_cast<ToolBase const*>(open)->getManagedResource() == resource) {
+                    delete window;
+                    return;
+                }
+            }
+        }
     }
     mAddWindowList.addLast(window);
 }

@@ -29,6 +29,9 @@ UnitBase::UnitBase()
 
 UnitBase::~UnitBase()
 {
+    if (UnitSystem* units = UnitSystem::getInstance()) {
+        units->notifyUnitDestroy(this);
+    }
 }
 
 void UnitBase::update(float)

@@ -80,7 +80,8 @@ void UnitSystem::destroy()
 
 UnitSystem::UnitSystem()
     : mCurrentPass(-1), mDeltaTime(1.0f), mPriorityGroupOrderDirty(true), mUnitList(kUnitListCapacity),
-      mAddUnitList(kAddUnitListCapacity), mRemoveUnitList(kRemoveUnitListCapacity), mOrderList(kOrderListCapacity)
+      mAddUnitList(kAddUnitListCapacity), mRemoveUnitList(kRemoveUnitListCapacity), mOrderList(kOrderListCapacity),
+      mDestroyListener(), mDestroyListenerNum(0)
 {
     // The text names JobSystem; it stands as it is.
     DEV_ASSERT(mpInstance == nullptr, "JobSystem already instanced.");
@@ -418,6 +419,36 @@ void UnitSystem::postprocess()
             // Deliberate: the loop's step then passes over the unit behind,
             // which waits for the next frame's walk.
             it = mUnitList.remove(it);
+        }
+    }
+}
+
+void UnitSystem::addDestroyListener(DestroyListener listener, void* user)
+{
+    if (mDestroyListenerNum >= kDestroyListenerNum) {
+        DEV_ERROR("Too many unit destroy listeners.");
+    }
+    mDestroyListener[mDestroyListenerNum].mFunction = listener;
+    mDestroyListener[mDestroyListenerNum].mpUser = user;
+    ++mDestroyListenerNum;
+}
+
+void UnitSystem::removeDestroyListener(DestroyListener listener, void* user)
+{
+    for (u32 i = 0; i < mDestroyListenerNum; ++i) {
+        if (mDestroyListener[i].mFunction == listener && mDestroyListener[i].mpUser == user) {
+            mDestroyListener[i] = mDestroyListener[--mDestroyListenerNum];
+            return;
+        }
+    }
+}
+
+// A listener may remove itself while it is told: the walk goes from the end.
+void UnitSystem::notifyUnitDestroy(UnitBase* unit)
+{
+    for (u32 i = mDestroyListenerNum; i-- > 0;) {
+        if (i < mDestroyListenerNum) {
+            mDestroyListener[i].mFunction(unit, mDestroyListener[i].mpUser);
         }
     }
 }

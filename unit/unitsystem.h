@@ -132,6 +132,17 @@ public:
     // "Callback" 80, 306 by 146 pixels) comes with the widget toolkit.
     void makeUIList(List<UIBase>& list) override;
 
+    // Told of every unit's destruction, on the thread that deletes it (the
+    // main thread in postprocess), so that whoever shows a unit can let go of
+    // it. At most kDestroyListenerNum at once: one more is fatal.
+    typedef void (*DestroyListener)(UnitBase* unit, void* user);
+    static u32 const kDestroyListenerNum = 256;
+    void addDestroyListener(DestroyListener listener, void* user);
+    // Nothing when the pair is not listed.
+    void removeDestroyListener(DestroyListener listener, void* user);
+    // UnitBase's destructor calls it.
+    void notifyUnitDestroy(UnitBase* unit);
+
     // The pass being updated, -1 outside update().
     int getCurrentPass() const { return mCurrentPass; }
     f32 getDeltaTime() const { return mDeltaTime; }
@@ -164,6 +175,12 @@ private:
     sPriorityGroup mPriorityGroup[kPriorityGroupNum];
     Vector<sPriorityGroup> mPriorityGroupOrder;
     sCategory mCategory[kCategoryNum];
+    struct sDestroyListener {
+        DestroyListener mFunction;
+        void* mpUser;
+    };
+    sDestroyListener mDestroyListener[kDestroyListenerNum];
+    u32 mDestroyListenerNum;
 
     static UnitSystem* mpInstance;
 };

@@ -163,3 +163,33 @@ HOST_TRACES=(
   "MemoryManager : end."
   "Application : end."
 )
+
+# -- The editor's places, for the scenarios that drive the real host.
+
+# start_harbor HARBOR LOGNAME: the host program under a new X session.
+start_harbor() {
+  start_x_session
+  start_host "$1" "Harbor Application" "$ARTIFACTS/$2.stderr"
+  wait_for_trace 'Application : execute\.'
+}
+# front TYPE: the debugger's expression of the front window as a TYPE.
+front() { echo "((${1}*)UISystem::mpInstance->mWindowList.mList.mpFirst->mpValue)"; }
+# windows_open N: waits until N windows are open.
+windows_open() { wait_for_state 'UISystem::mpInstance->mWindowList.mList.mSize' "$1"; }
+# text_of EXPRESSION: the debugger's form of an AutoString's text.
+text_of() { echo "$1.mpBuffer->mpData"; }
+# desktop_menu ROW: the start menu opened at (300, 200), then its row
+# (0 "SystemManager" ... 5 "Tool", 7 "Change Wallpaper"; separators count).
+desktop_menu() {
+  click_at 300 200 3
+  wait_for_state 'UISystem::mpInstance->mpMenu->mSize' '{width = 120, height = 120}'
+  click_at 330 $((200 + 4 + 14 * $1 + 7))
+}
+# The dialogs of 320 by 240 stand in the middle of the 1024 by 768 view.
+DIALOG_X=352
+DIALOG_Y=264
+# dialog_at X Y: a place inside such a dialog, given relative to it.
+dialog_click() { click_at $((DIALOG_X + $1)) $((DIALOG_Y + $2)) "${3:-1}"; }
+dialog_double_click() { double_click_at $((DIALOG_X + $1)) $((DIALOG_Y + $2)); }
+# dialog_row N: the list's row N (rows of 16 below the 17-pixel header).
+dialog_row_y() { echo $((64 + 17 + 16 * $1 + 8)); }
