@@ -21,6 +21,7 @@
 #include "ui/uicontrol.h"
 #include "ui/uicontrolcomposite.h"
 #include "ui/uidesktop.h"
+#include "ui/uidialog.h"
 #include "ui/uilist.h"
 #include "ui/uimessage.h"
 #include "uitest.h"
@@ -693,11 +694,19 @@ TEST_F(ControlTest, TheSystemsAndResourcesOfferTheirWidgets)
 
 TEST_F(ControlTest, AResourceFieldOffersTheFiltersOfItsClassAndAWrongControlForAPropertyIsFatal)
 {
-    // A native class lists its own filter, then its intermediate classes'.
+    // A native class lists its own filter, then its intermediate classes';
+    // ".." opens the file dialog over them, and ESC leaves the property be.
     ResourceBase* nothing = nullptr;
-    UIResourceControl* field = new UIResourceControl(
-        new ResourceProperty("Picture", TextureResource::getStaticTypeInfo(), &nothing), false, UIControl::NoIndex);
-    field->openFile();
+    UIWindow* window = openForm();
+    UIResourceControl* field = place(window, new UIResourceControl(new ResourceProperty("Picture",
+                                                                                        TextureResource::getStaticTypeInfo(), &nothing),
+                                                                   false, UIControl::NoIndex));
+    field->setDefaultSize();
+    frame();
+    // ".." stands at the right end of the row under the name.
+    sRect const area = field->getAbsRegion();
+    tap(area.right - UIResourceControl::kButtonWidth / 2, area.top + UIControl::kNameHeight + 8);
+    frame();
     char const* const* filters = field->getFilters();
     ASSERT_NE(filters[0], nullptr);
     ASSERT_NE(filters[1], nullptr);
@@ -706,7 +715,14 @@ TEST_F(ControlTest, AResourceFieldOffersTheFiltersOfItsClassAndAWrongControlForA
     EXPECT_STREQ(filters[1], "tga|Targa");
     EXPECT_STREQ(filters[2], "bmp|Bitmap");
     EXPECT_EQ(filters[3], nullptr);
-    delete field;
+    UIWindow* dialog = mpUI->getActiveWindow();
+    ASSERT_NE(dialog, window);
+    EXPECT_STREQ(dialog->getTitle().c_str(), "Resource open");
+    EXPECT_EQ(static_cast<UIFileDialog*>(dialog)->getFilterCount(), 3u);
+    type(41); // ESC
+    frame();
+    EXPECT_EQ(mpUI->getActiveWindow(), window);
+    EXPECT_EQ(nothing, nullptr);
 
     s32 number = 0;
     float real = 0.0f;
