@@ -266,3 +266,24 @@ PropertyControl::PropertyControl(PropertyBase* property, T minimum, T maximum)
     setRange(low, high);
     mExtra.mpNone = nullptr;
 }
+
+// ---------------------------------------------------------------------------
+// Tables and dialogs for the editing forms of classes below the widget layer,
+// made where the widgets live, like the factories above.
+
+class ObjectList;
+
+// A column of a table: the property shown (and the caption) and its width.
+struct sListColumn {
+    char const* mpName;
+    u32 mWidth;
+};
+
+// A table over the list's objects, of the given size; the list must outlive
+// the widget. decide, owned and optional, is called with a confirmed row.
+UIBase* makeObjectListUI(ObjectList* list, sListColumn const* columns, unsigned int count, sSize const& size,
+                         FunctorIntermediate<unsigned int, void>* decide);
+// A modal dialog with the title that edits the named properties of the
+// object through their controls; shown from the next frame. The object must
+// outlive the dialog.
+void openPropertyDialog(char const* title, ObjectBase* object, char const* const* names, unsigned int count);

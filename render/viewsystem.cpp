@@ -1,5 +1,9 @@
 #include "render/viewsystem.h"
 
+#include <cstdio>
+
+#include "reflection/control.h"
+
 #include "app/application.h"
 #include "foundation/debug.h"
 #include "reflection/objectlist.h"
@@ -120,6 +124,9 @@ ViewSystem::ViewSystem()
         sRect& projection = view.mProjection;
         projection.translateRel(sPoint(-static_cast<int>(projection.getWidth() / 2), -static_cast<int>(projection.getHeight() / 2)));
     }
+    for (u32 i = kGameViewFirst; i <= kGameViewLast; ++i) {
+        mGameViewList.addLast(&mViews[i]);
+    }
     mViews[0].mEnable = true;
     mViews[1].mEnable = true;
     mViews[kInterfaceView].mEnable = true;
@@ -177,4 +184,29 @@ void ViewSystem::update()
         }
     }
     renderSystem->pushContext(context);
+}
+
+// ---------------------------------------------------------------------------
+// Editing
+
+void ViewSystem::makeUIList(List<UIBase>& list)
+{
+    static sListColumn const columns[] = {
+        {"Name", 48}, {"Enable", 48}, {"Grid", 48}, {"Viewport", 96}, {"Projection", 112},
+    };
+    if (UIBase* table = makeObjectListUI(&mGameViewList, columns, sizeof(columns) / sizeof(columns[0]), sSize(354, 82),
+                                         new Functor<ViewSystem, unsigned int, void>(this, &ViewSystem::eventDecideList))) {
+        list.addLast(table);
+    }
+}
+
+void ViewSystem::eventDecideList(unsigned int row)
+{
+    static char const* const names[] = {"Enable", "Grid", "Viewport", "Projection"};
+    if (row >= kGameViewLast - kGameViewFirst + 1) {
+        return;
+    }
+    char title[16];
+    snprintf(title, sizeof(title), "GAME%u", row + 1);
+    openPropertyDialog(title, &mViews[kGameViewFirst + row], names, 4);
 }

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "app/system.h"
+#include "reflection/objectlist.h"
 #include "foundation/autostring.h"
 #include "foundation/callbacklist.h"
 #include "foundation/types.h"
@@ -99,12 +100,20 @@ public:
     // Views 0, 5 and 6 follow the window's size.
     void notifyResize(sRect const& window);
 
+    // A table over the four game views, 354 by 82; a confirmed row opens the
+    // dialog "GAME%d" on that view's Enable, Grid, Viewport and Projection.
+    void makeUIList(List<UIBase>& list) override;
+    void eventSelectList(unsigned int) {}
+    void eventDecideList(unsigned int row);
+    void eventViewEditEnd() {}
+
 protected:
     ViewSystem();
     ~ViewSystem() override;
 
 private:
     View mViews[kViewNum];
+    ObjectList mGameViewList; // the game views, for the table; not owned
 
     static ViewSystem* mpInstance;
 };

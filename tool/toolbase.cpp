@@ -102,11 +102,19 @@ void ToolBase::askModified(void (ToolBase::*callback)(UIDialog*))
         new UIMessageDialog("Causion", kModifiedText, UIDialog::eButtonMode_YesNoCancel, this, callback));
 }
 
-void ToolBase::openSaveDialog(void (ToolBase::*callback)(UIDialog*))
+// A class without an extension of its own (the viewer of any resource)
+// lists every file.
+void ToolBase::openFileDialog(char const* title, void (ToolBase::*callback)(UIDialog*), bool overwriteCheck)
 {
     AutoString const extension = getFilterExtension();
     char const* filters[] = {extension.c_str(), nullptr};
-    UISystem::getInstance()->addWindow(new UIFileDialog("Save", this, callback, mpFilterName, filters, true, this));
+    UISystem::getInstance()->addWindow(new UIFileDialog(title, this, callback, mpFilterName,
+                                                        extension.empty() ? nullptr : filters, overwriteCheck, this));
+}
+
+void ToolBase::openSaveDialog(void (ToolBase::*callback)(UIDialog*))
+{
+    openFileDialog("Save", callback, true);
 }
 
 // ---------------------------------------------------------------------------
@@ -192,25 +200,33 @@ void ToolBase::load()
     if (mpManagedResource == nullptr || mpResourceTypeInfo == nullptr) {
         return;
     }
-    AutoString const extension = getFilterExtension();
-    char const* filters[] = {extension.c_str(), nullptr};
-    UISystem::getInstance()->addWindow(
-        new UIFileDialog("Load", this, &ToolBase::notifyLoading, mpFilterName, filters, false, this));
+    openFileDialog("Load", &ToolBase::notifyLoading, false);
 }
 
 void ToolBase::notifyLoading(UIDialog* dialog)
 {
-    if (dialog->getReturnValue() == UIDialog::eReturnValue_Ok) {
-        load(static_cast<UIFileDialog const*>(dialog)->getResourcePath().c_str());
+    if (dialog->getReturnValue() != UIDialog::eReturnValue_Ok) {
+        return;
     }
+    UIFileDialog const* files = static_cast<UIFileDialog const*>(dialog);
+    // The file's own class when the managed class is a base of it: the
+    // viewer of any resource opens a texture as a texture.
+    TypeInfo const* type = ResourceSystem::getInstance()->getTypeInfoByExtension(files->getExtension().c_str());
+    load(files->getResourcePath().c_str(),
+         (type != nullptr && type->isDerivedFrom(mpResourceTypeInfo)) ? type : mpResourceTypeInfo);
 }
 
 void ToolBase::load(char const* path)
 {
+    load(path, mpResourceTypeInfo);
+}
+
+void ToolBase::load(char const* path, TypeInfo const* type)
+{
     if (mpManagedResource == nullptr) {
         return;
     }
-    ResourceBase* resource = ResourceSystem::getInstance()->createResource(path, mpResourceTypeInfo);
+    ResourceBase* resource = ResourceSystem::getInstance()->createResource(path, type);
     mpManagedResource->set(resource, 0);
     if (resource != nullptr) {
         resource->release();

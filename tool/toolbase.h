@@ -55,6 +55,8 @@ public:
     // Creates the resource of the path and hands it to the tool, whatever
     // the result (null for a failed load).
     void load(char const* path);
+    // The same with the class to create.
+    void load(char const* path, TypeInfo const* type);
     void load();
     void save();
     void saveAs();
@@ -83,7 +85,8 @@ protected:
 private:
     // The "Causion" question about unsaved changes.
     void askModified(void (ToolBase::*callback)(UIDialog*));
-    // The "Save" file dialog over the resource's extension.
+    // A file dialog over the resource's extension.
+    void openFileDialog(char const* title, void (ToolBase::*callback)(UIDialog*), bool overwriteCheck);
     void openSaveDialog(void (ToolBase::*callback)(UIDialog*));
     // The resource's own extension, or that of a temporary instance of the
     // managed class.

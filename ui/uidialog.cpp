@@ -786,3 +786,45 @@ void UIControlDialog::ControlList::drawColumn(UIPainter* painter, PropertyBase* 
         UIList::drawColumn(painter, property, rect, alignment, row, column, color);
     }
 }
+
+// ---------------------------------------------------------------------------
+// [SECTION] UIPropertyDialog
+
+UIPropertyDialog::UIPropertyDialog(char const* title, ObjectBase* object, char const* const* names,
+                                   unsigned int count)
+    : UIDialog(kWindowAttribute, true, false, false, nullptr, nullptr)
+{
+    initialize(title, eButtonMode_Ok);
+    PropertyList properties;
+    object->makePropertyList(properties);
+    int y = UIWindow::kTitleHeight + 4;
+    for (unsigned int i = 0; i < count; ++i) {
+        PropertyBase* property = nullptr;
+        for (PropertyBase* candidate : properties) {
+            if (candidate->getNameHash() == Utils::hash(names[i])) {
+                property = candidate;
+                break;
+            }
+        }
+        if (property == nullptr) {
+            continue;
+        }
+        PropertyControl control(property);
+        UIBase* widget = Utils::makeUIFromControl(&control);
+        if (widget == nullptr) {
+            continue;
+        }
+        widget->setPosition(sPoint(8, y));
+        widget->setSize(sSize(kWidth - 16, widget->getMinimumSize().height));
+        add(widget);
+        y += static_cast<int>(widget->getSize().height) + 4;
+    }
+    setSize(sSize(kWidth, y + kButtonHeight + 12));
+    center();
+    placeButtons(y + 4);
+}
+
+void openPropertyDialog(char const* title, ObjectBase* object, char const* const* names, unsigned int count)
+{
+    UISystem::getInstance()->addWindow(new UIPropertyDialog(title, object, names, count));
+}

@@ -354,3 +354,13 @@ private:
 
     void construct(ObjectBase* object);
 };
+
+// Edits chosen properties of an object through their controls, with an Ok
+// button; what is typed is written at once, as everywhere in the toolkit.
+class UIPropertyDialog : public UIDialog {
+public:
+    static constexpr int kWidth = 240;
+
+    // names: the properties to show, in this order; others are left out.
+    UIPropertyDialog(char const* title, ObjectBase* object, char const* const* names, unsigned int count);
+};

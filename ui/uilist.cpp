@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "foundation/utils.h"
+#include "reflection/control.h"
 #include "reflection/objectlist.h"
 #include "reflection/property.h"
 #include "ui/uibutton.h"
@@ -663,4 +664,20 @@ void UIPulldownList::eventDefocus()
         (*mpFunction)();
     }
     hide();
+}
+
+// ---------------------------------------------------------------------------
+// The table of the editing forms below the widget layer.
+
+UIBase* makeObjectListUI(ObjectList* list, sListColumn const* columns, unsigned int count, sSize const& size,
+                         FunctorIntermediate<unsigned int, void>* decide)
+{
+    UIList* widget = new UIList(false);
+    for (unsigned int i = 0; i < count; ++i) {
+        widget->addColumn(columns[i].mpName, 16, columns[i].mWidth, eColumnAlignment_Left);
+    }
+    widget->setFunction(nullptr, decide);
+    widget->setSize(size);
+    widget->setObjectList(list);
+    return widget;
 }

@@ -373,15 +373,27 @@ void UISystem::setActiveWindow(UIWindow* window)
     mWindowList.addFirst(window);
 }
 
+// Units add and remove their handles from their own updates, which may run
+// on the job threads: the list is locked for them.
 void UISystem::addGameViewControl(UIGameViewControl* control)
 {
+    if (control == nullptr) {
+        return;
+    }
+    lock();
     mGameViewControlList.addLast(control);
+    unlock();
 }
 
 void UISystem::removeGameViewControl(UIGameViewControl* control)
 {
+    if (control == nullptr) {
+        return;
+    }
+    lock();
     mGameViewControlList.remove(control);
     delete control;
+    unlock();
 }
 
 void UISystem::removeAllGameViewControl()
@@ -678,6 +690,9 @@ void UISystem::routeInput()
             }
             sPoint const inView = transformView(position, candidate);
             for (UIGameViewControl* control : mGameViewControlList) {
+                if ((control->getView() & (1u << candidate)) == 0) {
+                    continue;
+                }
                 if (UIBase* found = control->intersect(inView, sRect::Max)) {
                     hit = found;
                     view = candidate;

@@ -77,6 +77,9 @@ public:
     // The "Unit" heap (see ClassHeap).
     static void setAllocator(AllocatorBase* allocator) { mHeap.set(allocator); }
     static AllocatorBase* getAllocator() { return mHeap.get(); }
+    // Blocks of the same heap for a unit's own tables; null when exhausted.
+    static void* allocate(std::size_t size) { return mHeap.allocate(size); }
+    static void deallocate(void* pointer) { mHeap.deallocate(pointer); }
 
     static void* operator new(std::size_t size) noexcept { return mHeap.allocate(size); }
     static void operator delete(void* pointer) { mHeap.deallocate(pointer); }

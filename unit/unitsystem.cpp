@@ -1,5 +1,7 @@
 #include "unit/unitsystem.h"
 
+#include "reflection/control.h"
+
 #include "app/application.h"
 #include "foundation/debug.h"
 #include "foundation/utils.h"
@@ -460,6 +462,16 @@ void UnitSystem::makePropertyList(PropertyList&)
 {
 }
 
-void UnitSystem::makeUIList(List<UIBase>&)
+void UnitSystem::makeUIList(List<UIBase>& list)
 {
+    static sListColumn const columns[] = {{"Name", 96}, {"Enable", 64}, {"Parallel", 64}, {"Callback", 80}};
+    if (mPassList.empty()) {
+        for (u32 i = 0; i < kPassNum; ++i) {
+            mPassList.addLast(&mPass[i]);
+        }
+    }
+    if (UIBase* table =
+            makeObjectListUI(&mPassList, columns, sizeof(columns) / sizeof(columns[0]), sSize(306, 146), nullptr)) {
+        list.addLast(table);
+    }
 }

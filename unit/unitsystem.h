@@ -8,6 +8,7 @@
 #pragma once
 
 #include "app/system.h"
+#include "reflection/objectlist.h"
 #include "foundation/functor.h"
 #include "foundation/list.h"
 #include "foundation/types.h"
@@ -128,8 +129,8 @@ public:
 
     // Empty: the passes are shown by the widget list, not saved.
     void makePropertyList(PropertyList& list) override;
-    // The list over the eight passes ("Name" 96, "Enable" 64, "Parallel" 64,
-    // "Callback" 80, 306 by 146 pixels) comes with the widget toolkit.
+    // A table over the eight passes: "Name" 96, "Enable" 64, "Parallel" 64,
+    // "Callback" 80, 306 by 146 pixels.
     void makeUIList(List<UIBase>& list) override;
 
     // Told of every unit's destruction, on the thread that deletes it (the
@@ -165,6 +166,7 @@ private:
     void updateSerial(u32 mask);
 
     Pass mPass[kPassNum];
+    ObjectList mPassList; // the passes, for the table; not owned
     int mCurrentPass;
     f32 mDeltaTime;
     bool mPriorityGroupOrderDirty;

@@ -40,6 +40,22 @@ std::string names(List<System>& order)
     return result;
 }
 
+NamedSystem* add(char const* name, bool pre = true, bool upd = true, bool post = true)
+{
+    NamedSystem* system = new NamedSystem(name, pre, upd, post);
+    SystemManager::getInstance()->addSystem(system);
+    return system;
+}
+
+// The four orders as "preprocess | update | postprocess | destroy".
+std::string orders()
+{
+    SystemManager* manager = SystemManager::getInstance();
+    manager->order();
+    return names(manager->getPreprocessOrder()) + " | " + names(manager->getUpdateOrder()) + " | " +
+           names(manager->getPostprocessOrder()) + " | " + names(manager->getDestroyOrder());
+}
+
 class SystemManagerTest : public testing::Test {
 protected:
     void SetUp() override
@@ -54,89 +70,65 @@ protected:
         }
         sLog = nullptr;
     }
-    NamedSystem* add(char const* name, bool pre = true, bool upd = true, bool post = true)
-    {
-        NamedSystem* system = new NamedSystem(name, pre, upd, post);
-        mpManager->addSystem(system);
-        return system;
-    }
     std::vector<std::string> mLog;
     SystemManager* mpManager = nullptr;
 };
 
 } // namespace
 
-TEST_F(SystemManagerTest, WithoutDependenciesEachOrderIsAdditionLessDisabled)
+// Systems without dependencies keep the order of addition; of the pending
+// ones, those ready together follow the rule that passes over the System
+// behind a removed one.
+TEST_F(SystemManagerTest, OrdersFollowDependenciesWithThePassedOverRule)
 {
-    add("A");
-    add("B", false, true, true);
-    add("C", true, false, true);
-    add("D", true, true, false);
-    mpManager->order();
-    EXPECT_EQ(names(mpManager->getPreprocessOrder()), "A C D");
-    EXPECT_EQ(names(mpManager->getUpdateOrder()), "A B D");
-    EXPECT_EQ(names(mpManager->getPostprocessOrder()), "A B C");
-    EXPECT_EQ(names(mpManager->getDestroyOrder()), "A B C D");
-}
-
-TEST_F(SystemManagerTest, SystemsReadyTogetherFollowThePassedOverRule)
-{
-    NamedSystem* base = add("Base");
-    NamedSystem* p = add("P");
-    NamedSystem* q = add("Q");
-    NamedSystem* r = add("R");
-    for (NamedSystem* s : {p, q, r}) {
-        s->addUpdateDependency(base);
+    struct {
+        char const* mpName;
+        void (*mBuild)();
+        char const* mpOrders;
+    } const cases[] = {
+        {"disabled phases", [] { add("A"), add("B", false), add("C", true, false), add("D", true, true, false); },
+         "A C D | A B D | A B C | A B C D"},
+        {"ready together",
+         [] {
+             NamedSystem* base = add("Base");
+             for (char const* name : {"P", "Q", "R"}) {
+                 add(name)->addUpdateDependency(base);
+             }
+         },
+         "Base P Q R | Base P R Q | Base P Q R | Base P Q R"},
+        {"free ones first",
+         [] {
+             NamedSystem* a = add("A");
+             a->addUpdateDependency(add("B"));
+             add("C");
+         },
+         "A B C | B C A | A B C | A B C"},
+        // Both still go through the pending list, behind every free System.
+        {"disabled and null dependencies are met",
+         [] {
+             NamedSystem* a = add("A");
+             a->addUpdateDependency(add("Off", true, false, true));
+             add("B");
+             add("C")->addUpdateDependency(nullptr);
+         },
+         "A Off B C | B A C | A Off B C | A Off B C"},
+        {"all phases off", [] { add("Idle", false, false, false), add("Busy"); }, "Busy | Busy | Busy | Idle Busy"},
+        {"a chain takes several walks",
+         [] {
+             NamedSystem* systems[4] = {add("A"), add("B"), add("C"), add("D")};
+             for (int i = 0; i < 3; ++i) {
+                 systems[i]->addPreprocessDependency(systems[i + 1]);
+             }
+         },
+         "D C B A | A B C D | A B C D | A B C D"},
+    };
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.mpName);
+        SystemManager::getInstance()->destroy();
+        mpManager = SystemManager::create();
+        c.mBuild();
+        EXPECT_EQ(orders(), c.mpOrders);
     }
-    mpManager->order();
-    EXPECT_EQ(names(mpManager->getUpdateOrder()), "Base P R Q");
-}
-
-TEST_F(SystemManagerTest, DependencyFreeSystemsComeFirstWhateverTheDependenciesSay)
-{
-    NamedSystem* a = add("A");
-    NamedSystem* b = add("B");
-    add("C");
-    a->addUpdateDependency(b);
-    mpManager->order();
-    EXPECT_EQ(names(mpManager->getUpdateOrder()), "B C A");
-}
-
-TEST_F(SystemManagerTest, DisabledAndNullDependenciesCountAsMet)
-{
-    NamedSystem* a = add("A");
-    NamedSystem* off = add("Off", true, false, true);
-    add("B");
-    a->addUpdateDependency(off);
-    NamedSystem* c = add("C");
-    c->addUpdateDependency(nullptr);
-    mpManager->order();
-    // Both still go through the pending list, behind every free System.
-    EXPECT_EQ(names(mpManager->getUpdateOrder()), "B A C");
-}
-
-TEST_F(SystemManagerTest, SystemWithAllPhasesOffStandsOnlyInTheDestroyOrder)
-{
-    add("Idle", false, false, false);
-    add("Busy");
-    mpManager->order();
-    EXPECT_EQ(names(mpManager->getPreprocessOrder()), "Busy");
-    EXPECT_EQ(names(mpManager->getUpdateOrder()), "Busy");
-    EXPECT_EQ(names(mpManager->getPostprocessOrder()), "Busy");
-    EXPECT_EQ(names(mpManager->getDestroyOrder()), "Idle Busy");
-}
-
-TEST_F(SystemManagerTest, ChainsResolveAcrossSeveralWalks)
-{
-    NamedSystem* a = add("A");
-    NamedSystem* b = add("B");
-    NamedSystem* c = add("C");
-    NamedSystem* d = add("D");
-    a->addPreprocessDependency(b);
-    b->addPreprocessDependency(c);
-    c->addPreprocessDependency(d);
-    mpManager->order();
-    EXPECT_EQ(names(mpManager->getPreprocessOrder()), "D C B A");
 }
 
 TEST_F(SystemManagerTest, PhasesWalkTheirOrdersAndDestroyFollowsTheDestroyOrder)
@@ -145,6 +137,7 @@ TEST_F(SystemManagerTest, PhasesWalkTheirOrdersAndDestroyFollowsTheDestroyOrder)
     NamedSystem* b = add("B", false, true, true);
     a->addPostprocessDependency(b);
     a->addDestroyDependency(b);
+    EXPECT_EQ(SystemManager::create(), mpManager) << "one instance";
     mpManager->setup();
     mpManager->order();
     mpManager->preprocess();
@@ -157,17 +150,11 @@ TEST_F(SystemManagerTest, PhasesWalkTheirOrdersAndDestroyFollowsTheDestroyOrder)
     EXPECT_EQ(mLog, expected);
 }
 
-TEST_F(SystemManagerTest, CreateReturnsTheOneInstance)
-{
-    EXPECT_EQ(SystemManager::create(), mpManager);
-    EXPECT_EQ(SystemManager::getInstance(), mpManager);
-}
-
 // The host's ten Systems, with their flags and dependencies, give the host's
 // four orders.
 TEST_F(SystemManagerTest, HostSystemsGiveTheHostOrders)
 {
-    NamedSystem* job = add("JobSystem", false, false, false);
+    add("JobSystem", false, false, false);
     NamedSystem* resource = add("ResourceSystem", false, true, false);
     resource->addDestroyDependency(nullptr);  // RenderSystem does not exist yet
     NamedSystem* render = add("RenderSystem", true, true, true);
@@ -178,7 +165,6 @@ TEST_F(SystemManagerTest, HostSystemsGiveTheHostOrders)
     NamedSystem* view = add("ViewSystem", true, true, true);
     NamedSystem* ui = add("UISystem", true, true, true);
     NamedSystem* tool = add("ToolSystem", true, false, true);
-    (void)job;
 
     render->addPostprocessDependency(tool);
     render->addDestroyDependency(tool);
@@ -192,13 +178,9 @@ TEST_F(SystemManagerTest, HostSystemsGiveTheHostOrders)
     ui->addUpdateDependency(keyboard);
     tool->addPreprocessDependency(render);
 
-    mpManager->order();
-    EXPECT_EQ(names(mpManager->getPreprocessOrder()), "RenderSystem UnitSystem ViewSystem UISystem ToolSystem");
-    EXPECT_EQ(names(mpManager->getUpdateOrder()),
-              "ResourceSystem RenderSystem MouseSystem KeyboardSystem UnitSystem UISystem ViewSystem");
-    EXPECT_EQ(names(mpManager->getPostprocessOrder()), "UnitSystem ViewSystem UISystem ToolSystem RenderSystem");
-    EXPECT_EQ(names(mpManager->getDestroyOrder()),
-              "JobSystem UnitSystem ViewSystem UISystem ToolSystem ResourceSystem MouseSystem RenderSystem "
-              "KeyboardSystem HIDSystem");
+    EXPECT_EQ(orders(), "RenderSystem UnitSystem ViewSystem UISystem ToolSystem | "
+                        "ResourceSystem RenderSystem MouseSystem KeyboardSystem UnitSystem UISystem ViewSystem | "
+                        "UnitSystem ViewSystem UISystem ToolSystem RenderSystem | "
+                        "JobSystem UnitSystem ViewSystem UISystem ToolSystem ResourceSystem MouseSystem RenderSystem "
+                        "KeyboardSystem HIDSystem");
 }
-

@@ -103,7 +103,9 @@ TEST_F(BoundingBox, OneElementTreesNotifyOncePerOverlap)
         int user = 0;
         exact ? left.intersect(&right, &recorder, &user) : left.intersectEst(&right, &recorder, &user);
         for (sBBTreeIntersection const& pair : recorder.mPairs) {
-            EXPECT_TRUE(pair.mpLeftElement == &a && pair.mpRightElement == &b && recorder.mpUser == &user);
+            EXPECT_EQ(pair.mpLeftElement, &a);
+            EXPECT_EQ(pair.mpRightElement, &b);
+            EXPECT_EQ(recorder.mpUser, &user);
         }
         return recorder.mPairs.size();
     };

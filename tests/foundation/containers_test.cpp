@@ -99,9 +99,9 @@ TEST(Map, RisingIdsAppendAndNearestAnswersTheInsertionPoint)
 {
     Map<int> map(32);
     for (u32 id = 1; id <= 20; ++id) {
-        Map<int>::Iterator first = map.begin();
         map.add(&gValues[id], id * 10);
-        EXPECT_TRUE(id == 1 || map.begin() == first);
+        EXPECT_EQ(*map.begin(), &gValues[1]) << "id " << id;
+        EXPECT_EQ(*--map.end(), &gValues[id]) << "id " << id;
     }
     EXPECT_EQ(map.findNearest(30), 2u);
     EXPECT_EQ(map.findNearest(35), 3u);

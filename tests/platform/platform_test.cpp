@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "foundation/debug.h"
 #include "platform/platform.h"
 
 TEST(PlatformClock, CountIsMonotonicAndInNanoseconds)
@@ -22,10 +21,4 @@ TEST(PlatformFolders, ExecutableFolderIsAbsolute)
     EXPECT_EQ(path[0], '/');
     char tiny[4];
     EXPECT_FALSE(platform::getExecutableFolder(tiny, sizeof(tiny)));
-}
-
-TEST(Diagnostics, FatalErrorReportsAndEndsWithoutWaiting)
-{
-    EXPECT_DEATH(DEV_ERROR("Forced fatal error."), "Forced fatal error\\.");
-    EXPECT_DEATH(dev_assert("Broken invariant.", "some/file.cpp", 42), "some/file\\.cpp\\(42\\) : Broken invariant\\.");
 }

@@ -26,16 +26,22 @@ protected:
 
 using DrawContextDeathTest = DrawContextTest;
 
-// Key, state bits and vertex bytes of every draw command, in replay order.
+// Key, state bits, textures, rectangles and vertex bytes of every draw
+// command, in replay order: all that the replay draws from.
 std::vector<std::vector<u8>> fingerprint(std::vector<sDrawCommand const*> const& draws)
 {
     std::vector<std::vector<u8>> result;
     for (sDrawCommand const* draw : draws) {
         u32 const stride = draw->isTextured() ? sizeof(sOutputTexturedVertex) : sizeof(sOutputVertex);
-        std::vector<u8> bytes(8 + draw->getVertexCount() * stride);
+        Texture* const textures[2] = {draw->mpTexture, draw->mpTarget};
+        sRect const rects[3] = {draw->mViewport, draw->mScissor, draw->mProjection};
+        std::vector<u8> bytes(8 + sizeof(textures) + sizeof(rects));
         memcpy(bytes.data(), &draw->mKey, 4);
         memcpy(bytes.data() + 4, &draw->mBits, 4);
-        memcpy(bytes.data() + 8, draw->mpVertices, bytes.size() - 8);
+        memcpy(bytes.data() + 8, textures, sizeof(textures));
+        memcpy(bytes.data() + 8 + sizeof(textures), rects, sizeof(rects));
+        u8 const* vertices = static_cast<u8 const*>(draw->mpVertices);
+        bytes.insert(bytes.end(), vertices, vertices + draw->getVertexCount() * stride);
         result.push_back(bytes);
     }
     return result;
@@ -72,8 +78,8 @@ TEST_F(DrawContextTest, BatchesFollowTheStateAndEndWithAFullVertexHeap)
         context->allocateVertices(ePrimitiveType_Triangle, 1365); // 16,380 bytes
         context->allocateVertices(ePrimitiveType_Triangle, 3);
     });
-    EXPECT_EQ(drawSummary(), "10000 Q12 b1, 20000 Q4t b1, 20000 Q4t b1 n, 30000 Q1024t b1 n, 30000 Q4t b1 n, "
-                             "30001 T1365 b1 n, 30001 T3 b1 n");
+    EXPECT_EQ(drawSummary(), "v0 l1 s0 Q12 b1, v0 l2 s0 Q4t b1, v0 l2 s0 Q4t b1 n, v0 l3 s0 Q1024t b1 n, "
+                             "v0 l3 s0 Q4t b1 n, v0 l3 s1 T1365 b1 n, v0 l3 s1 T3 b1 n");
     std::vector<sDrawCommand const*> draws = sortedDraws();
     ASSERT_EQ(draws.size(), 7u);
     EXPECT_EQ(draws[1]->mpTexture, first);
@@ -100,7 +106,7 @@ TEST_F(DrawContextTest, KeyHoldsViewLevelAndSubLevelAndDuplicateTakesTheWholeSta
         plain(child, ePrimitiveType_Quad, 4, 0, 0);
         mpRender->pushContext(child);
     });
-    EXPECT_EQ(drawSummary(), "20090004 Q4 b3, 32346789 P1 b0, 52346789 P1 b0");
+    EXPECT_EQ(drawSummary(), "v2 l9 s4 Q4 b3, v3 l234 s6789 P1 b0, v5 l234 s6789 P1 b0");
     ASSERT_FALSE(sortedDraws().empty());
     EXPECT_EQ(sortedDraws()[0]->mScissor, sRect(1, 2, 3, 4));
 }
@@ -130,9 +136,11 @@ TEST_F(DrawContextTest, PointsAndLinesMoveHalfAPixelQuadsAndTexturedVerticesDoNo
     }
     EXPECT_EQ(positions, "10.500000,20.500000,0.000000 10.000000,20.000000,0.000000 10.500000,20.500000,0.000000 ");
     sOutputTexturedVertex const* textured = static_cast<sOutputTexturedVertex const*>(draws[3]->mpVertices);
-    EXPECT_TRUE(textured->x == 10.0f && textured->y == 20.5f) << "16.16 turns into float exactly";
-    EXPECT_TRUE(textured->u == 7 && textured->v == 9);
-    EXPECT_EQ(textured->mColor, static_cast<unsigned int>(sColor(1, 2, 3, 4)));
+    EXPECT_EQ(textured->x, 10.0f) << "16.16 turns into float exactly";
+    EXPECT_EQ(textured->y, 20.5f);
+    EXPECT_EQ(textured->u, 7);
+    EXPECT_EQ(textured->v, 9);
+    EXPECT_EQ(colorText(textured->mColor), "(1,2,3,4)");
 }
 
 TEST_F(DrawContextTest, EmptyFlushesAndUnpushedContextsMakeNoCommandWhileManyCommandsAllArrive)
@@ -158,8 +166,8 @@ TEST_F(DrawContextTest, EmptyFlushesAndUnpushedContextsMakeNoCommandWhileManyCom
     });
     std::vector<sDrawCommand const*> draws = sortedDraws();
     ASSERT_EQ(draws.size(), quads);
-    EXPECT_EQ(draws[0]->mKey, 0u);
-    EXPECT_EQ(draws[quads - 1]->mKey, (1u << 16) | (quads - 1));
+    EXPECT_EQ(keyText(draws[0]->mKey), "v0 l0 s0");
+    EXPECT_EQ(keyText(draws[quads - 1]->mKey), "v0 l1 s9c3") << "sub-level 2499";
 }
 
 TEST_F(DrawContextTest, ClearGoesStraightToTheTableWithTheCurrentKeyAndTarget)
@@ -178,7 +186,7 @@ TEST_F(DrawContextTest, ClearGoesStraightToTheTableWithTheCurrentKeyAndTarget)
     // The clears entered the table first; the quad came with the context's block.
     sClearCommand const* clear = static_cast<sClearCommand const*>(commands[0]);
     ASSERT_EQ(clear->mType, static_cast<u32>(sCommand::eType_Clear));
-    EXPECT_EQ(clear->mKey, (7u << 16) | 3u);
+    EXPECT_EQ(keyText(clear->mKey), "v0 l7 s3");
     EXPECT_EQ(clear->mpTarget, target);
     EXPECT_EQ(clear->mRect, sRect(0, 0, 16, 16));
     EXPECT_EQ(commands[2]->mType, static_cast<u32>(sCommand::eType_Draw));

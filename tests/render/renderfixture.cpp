@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "app/application.h"
 #include "foundation/autostring.h"
@@ -128,7 +129,7 @@ std::string RenderTest::drawSummary() const
     std::string summary;
     for (sDrawCommand const* draw : sortedDraws()) {
         char text[64];
-        snprintf(text, sizeof(text), "%s%x %c%u%s b%u%s", summary.empty() ? "" : ", ", draw->mKey,
+        snprintf(text, sizeof(text), "%s%s %c%u%s b%u%s", summary.empty() ? "" : ", ", keyText(draw->mKey).c_str(),
                  "PLTQ"[draw->getPrimitiveType()], draw->getVertexCount(), draw->isTextured() ? "t" : "",
                  draw->getBlendMode(), draw->getTextureFiltering() == eTextureFiltering_Nearest ? " n" : "");
         summary += text;
@@ -174,6 +175,21 @@ void RenderTest::quad(DrawContext* context, sRect const& rect, sColor color) con
     sColor const colors[4] = {color, color, color, color};
     context->setVertexDecl(eVertexDecl_Plain);
     mpTools->drawRect(context, rect, colors);
+}
+
+std::string keyText(u32 key)
+{
+    char text[32];
+    snprintf(text, sizeof(text), "v%x l%x s%x", key >> 28, (key >> 16) & 0xFFF, key & 0xFFFF);
+    return text;
+}
+
+std::string colorText(u32 word)
+{
+    sColor color;
+    memcpy(&color, &word, sizeof(color));
+    return "(" + std::to_string(color.r) + "," + std::to_string(color.g) + "," + std::to_string(color.b) + "," +
+           std::to_string(color.a) + ")";
 }
 
 ::testing::AssertionResult nearColor(sColor actual, sColor expected, int tolerance)

@@ -47,7 +47,7 @@ protected:
     std::vector<sCommand const*> sortedCommands() const;
     std::vector<sDrawCommand const*> sortedDraws() const;
     // The draws as "key primitive+vertices[t] b<blend>[ n]" joined by ", ", e.g.
-    // "10000 Q8t b1 n": textured quads, alpha blending, nearest texels.
+    // "v0 l1 s0 Q8t b1 n": textured quads, alpha blending, nearest texels.
     std::string drawSummary() const;
 
     // The back buffer after the last replay, pixel (x, y) from the top left.
@@ -74,6 +74,11 @@ protected:
         }                                                                        \
         ASSERT_TRUE(mpRender->hasContext()) << "a window without a GL context"; \
     } while (0)
+
+// A sort key by its fields, in hex: "v<view> l<level> s<sub-level>".
+std::string keyText(u32 key);
+// A colour word of the output vertices by its channels: "(r,g,b,a)".
+std::string colorText(u32 word);
 
 // Colour channels within a tolerance; alpha is not compared (the window may
 // have no alpha channel).

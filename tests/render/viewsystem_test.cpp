@@ -51,7 +51,7 @@ TEST_F(ViewSystemTest, TheGridIsOneBatchOfLinesWithinItsCount)
     mpViews->setProjection(1, sRect(-512, -384, 512, 384));
     mpViews->setGrid(1, true);
     runFrame([](DrawContext*) {});
-    EXPECT_EQ(drawSummary(), "1fff0000 L108 b0");
+    EXPECT_EQ(drawSummary(), "v1 lfff s0 L108 b0");
     std::vector<sDrawCommand const*> draws = sortedDraws();
     ASSERT_EQ(draws.size(), 1u);
     EXPECT_EQ(draws[0]->mProjection, sRect(-512, -384, 512, 384));
@@ -62,7 +62,7 @@ TEST_F(ViewSystemTest, TheGridIsOneBatchOfLinesWithinItsCount)
     EXPECT_EQ(vertex[1].y, 384.0f + 0.5f);
     EXPECT_EQ(vertex[107].x, 512.0f + 0.5f);
     EXPECT_EQ(vertex[107].y, 352.0f + 0.5f);
-    EXPECT_EQ(vertex[0].mColor, static_cast<unsigned int>(sColor::Black));
+    EXPECT_EQ(colorText(vertex[0].mColor), "(0,0,0,255)");
     // 1000 wide: the count allows 30 columns although 31 would fit.
     mpViews->setProjection(1, sRect(0, 0, 1000, 64));
     runFrame([](DrawContext*) {});
@@ -93,7 +93,7 @@ TEST_F(ViewSystemTest, RecordedDrawingIsPlayedIntoEachEnabledGameViewOfItsMask)
             << "a record of mask 0 takes its room all the same";
     });
     // Views 1 and 3; view 5 is not a game view.
-    EXPECT_EQ(drawSummary(), "1fff0000 Q4 b1, 3fff0000 Q4 b1");
+    EXPECT_EQ(drawSummary(), "v1 lfff s0 Q4 b1, v3 lfff s0 Q4 b1");
     std::vector<sDrawCommand const*> draws = sortedDraws();
     ASSERT_EQ(draws.size(), 2u);
     EXPECT_EQ(draws[0]->mProjection, mpViews->getProjection(1));

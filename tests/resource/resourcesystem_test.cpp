@@ -88,7 +88,8 @@ TEST_F(ResourceTest, OneFileIsOneInstanceAndAMissingNativeFileIsMadeFromTheTga)
     EXPECT_EQ(create(local("none"), kTga), nullptr);
     TextureResource* unloaded = create(local("none"));
     EXPECT_NE(testing::internal::GetCapturedStderr().find(intermediateFile("none.tga") + " loading fail.\n"), std::string::npos);
-    EXPECT_TRUE(unloaded->getTexture() == nullptr && ResourceSystem::getInstance()->getResources().empty());
+    EXPECT_EQ(unloaded->getTexture(), nullptr);
+    EXPECT_TRUE(ResourceSystem::getInstance()->getResources().empty());
     unloaded->release();
     EXPECT_EQ(ResourceSystem::getInstance()->getTypeInfoByExtension("tga"), kTga);
     EXPECT_EQ(ResourceSystem::getInstance()->getTypeInfoByExtension("xyz"), nullptr);

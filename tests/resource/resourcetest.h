@@ -21,6 +21,16 @@ void writeFile(std::string const& path, std::string const& bytes);
 std::string readSample(char const* name);
 AllocatorBase* getResourceHeap();
 
+// Little-endian bytes, as the binary formats store their numbers.
+inline std::string le16(u32 value)
+{
+    return {static_cast<char>(value & 255), static_cast<char>((value >> 8) & 255)};
+}
+inline std::string le32(u32 value)
+{
+    return le16(value & 0xFFFF) + le16(value >> 16);
+}
+
 // RGBA, top row first.
 struct sImage {
     u32 mWidth;

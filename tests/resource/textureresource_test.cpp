@@ -15,15 +15,8 @@
 
 namespace {
 
-std::string le16(u32 value)
-{
-    return {static_cast<char>(value & 255), static_cast<char>((value >> 8) & 255)};
-}
-
-std::string le32(u32 value)
-{
-    return le16(value & 0xFFFF) + le16(value >> 16);
-}
+using restest::le16;
+using restest::le32;
 
 // File header, 40-byte info header, palette and rows.
 std::string makeBmp(u32 bits, s32 width, s32 height, std::string const& palette, std::string const& rows,

@@ -13,15 +13,8 @@
 
 namespace {
 
-std::string le16(u32 value)
-{
-    return {static_cast<char>(value & 255), static_cast<char>((value >> 8) & 255)};
-}
-
-std::string le32(u32 value)
-{
-    return le16(value & 0xFFFF) + le16(value >> 16);
-}
+using restest::le16;
+using restest::le32;
 
 std::string header(u32 tracks, u32 markers, std::string const& data, u32 version = 0)
 {

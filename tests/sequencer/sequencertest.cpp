@@ -13,37 +13,11 @@ IMPLEMENT_OBJECT_TYPEINFO(Probe, "ObjectBase");
 std::vector<Probe::sFiring> Probe::sFirings;
 Sequencer* Probe::spWatched = nullptr;
 
-namespace {
-
-template <typename T>
-void addControl(List<ControlBase>& list, char const* name, T* field)
-{
-    list.addLast(new PropertyControl(new ReferenceProperty<T>(name, field)));
-}
-
-} // namespace
-
 void Probe::makeControlList(List<ControlBase>& list)
 {
-    addControl(list, "Bool", &mBool);
-    addControl(list, "U8", &mU8);
-    addControl(list, "U16", &mU16);
-    addControl(list, "U32", &mU32);
-    addControl(list, "U64", &mU64);
-    addControl(list, "S8", &mS8);
-    addControl(list, "S16", &mS16);
-    addControl(list, "S32", &mS32);
-    addControl(list, "S64", &mS64);
-    addControl(list, "F32", &mF32);
-    addControl(list, "F64", &mF64);
-    addControl(list, "Fixed", &mFixed);
-    addControl(list, "Point", &mPoint);
-    addControl(list, "Size", &mSize);
-    addControl(list, "Rect", &mRect);
-    addControl(list, "Color", &mColor);
-    addControl(list, "ColorF", &mColorF);
-    addControl(list, "Texcoord", &mTexcoord);
-    addControl(list, "Vector", &mVector);
+#define PROBE_CONTROL(T, Name) list.addLast(new PropertyControl(new ReferenceProperty<T>(#Name, &m##Name)));
+    PROBE_FIELDS(PROBE_CONTROL)
+#undef PROBE_CONTROL
     list.addLast(new TriggerControl<void>("Fire", this, &Probe::fire));
     list.addLast(new TriggerControl<u32>("Count", this, &Probe::count));
 }

@@ -13,8 +13,8 @@
 #include "sequencer/sequencer.h"
 #include "sequencer/sequencerresource.h"
 
-// The object a track makes: a field and a control for every key type, and
-// the triggers "Fire" (no argument) and "Count" (u32).
+// The object a track makes: a field mName and a control "Name" for every key
+// type, and the triggers "Fire" (no argument) and "Count" (u32).
 class Probe : public ObjectBase {
 public:
     void makeControlList(List<ControlBase>& list) override;
@@ -22,25 +22,13 @@ public:
     void fire();
     void count(u32 value);
 
-    bool mBool = false;
-    u8 mU8 = 0;
-    u16 mU16 = 0;
-    u32 mU32 = 0;
-    u64 mU64 = 0;
-    s8 mS8 = 0;
-    s16 mS16 = 0;
-    s32 mS32 = 0;
-    s64 mS64 = 0;
-    f32 mF32 = 0;
-    f64 mF64 = 0;
-    sFixed mFixed = sFixed::Zero;
-    sPoint mPoint;
-    sSize mSize;
-    sRect mRect;
-    sColor mColor;
-    sColorF mColorF;
-    sTexcoord mTexcoord;
-    sVector mVector;
+#define PROBE_FIELDS(X)                                                                                    \
+    X(bool, Bool) X(u8, U8) X(u16, U16) X(u32, U32) X(u64, U64) X(s8, S8) X(s16, S16) X(s32, S32) X(s64, S64) \
+    X(f32, F32) X(f64, F64) X(sFixed, Fixed) X(sPoint, Point) X(sSize, Size) X(sRect, Rect) X(sColor, Color)   \
+    X(sColorF, ColorF) X(sTexcoord, Texcoord) X(sVector, Vector)
+#define PROBE_FIELD(T, Name) T m##Name = T();
+    PROBE_FIELDS(PROBE_FIELD)
+#undef PROBE_FIELD
 
     // Every firing: the watched sequencer's whole frame, and the argument.
     struct sFiring {

@@ -9,6 +9,7 @@
 #include "platform/window.h"
 #include "render/viewsystem.h"
 #include "ui/uidesktop.h"
+#include "reflection/property.h"
 #include "ui/uigameviewcontrol.h"
 #include "ui/uimenu.h"
 
@@ -22,10 +23,15 @@ u32 const kUsageLeftShift = 225;
 u32 const kUsageLeftAlt = 226;
 u32 const kUsageLeftGUI = 227;
 
+sVector sEdited;
+
 // A 20 by 20 handle around its position, in its view's coordinates.
 class GameControl : public UIGameViewControl {
 public:
-    explicit GameControl(std::vector<std::string>* log) : mpLog(log) {}
+    explicit GameControl(std::vector<std::string>* log)
+        : UIGameViewControl(new ReferenceProperty<sVector>("Position", &sEdited)), mpLog(log)
+    {
+    }
     UIBase* intersect(sPoint const& point, sRect const&) override
     {
         sRect const box(getPosition().x - 10, getPosition().y - 10, getPosition().x + 10, getPosition().y + 10);

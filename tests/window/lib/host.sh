@@ -193,3 +193,29 @@ dialog_click() { click_at $((DIALOG_X + $1)) $((DIALOG_Y + $2)) "${3:-1}"; }
 dialog_double_click() { double_click_at $((DIALOG_X + $1)) $((DIALOG_Y + $2)); }
 # dialog_row N: the list's row N (rows of 16 below the 17-pixel header).
 dialog_row_y() { echo $((64 + 17 + 16 * $1 + 8)); }
+# region_of EXPRESSION: "left top right bottom" of an sRect the debugger reads.
+region_of() {
+  debugger_print "$1" | sed -n 's/.*left = \(-\{0,1\}[0-9]*\), top = \(-\{0,1\}[0-9]*\), right = \(-\{0,1\}[0-9]*\), bottom = \(-\{0,1\}[0-9]*\).*/\1 \2 \3 \4/p'
+}
+# click_in EXPRESSION DX DY [BUTTON]: a click at (DX, DY) inside the widget
+# the expression names, placed by its absolute region.
+click_in() {
+  local r
+  r=($(region_of "$1->mAbsRegion"))
+  [ "${#r[@]}" = 4 ] || fail "no region for $1"
+  click_at $((r[0] + $2)) $((r[1] + $3)) "${4:-1}"
+}
+double_click_in() {
+  local r
+  r=($(region_of "$1->mAbsRegion"))
+  [ "${#r[@]}" = 4 ] || fail "no region for $1"
+  double_click_at $((r[0] + $2)) $((r[1] + $3))
+}
+# menu_bar ITEM_X ROW: the active window's menu bar at the top of the view:
+# the item at x, then the row of its pull-down.
+menu_bar() {
+  click_at "$1" 8
+  click_at $(( $1 + 10 )) $((16 + 4 + 14 * $2 + 7))
+}
+# type_text TEXT: typed as a user would, capitals with Shift.
+type_text() { xdotool type --delay 120 "$1"; sleep 0.2; }

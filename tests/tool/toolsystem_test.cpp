@@ -3,7 +3,7 @@
 // with their frame window.
 #include <string>
 
-#include "renderfixture.h"
+#include "../render/renderfixture.h"
 
 using namespace rendertest;
 
@@ -89,7 +89,7 @@ TEST_F(ToolSystemTest, GlyphLoopWritesOneQuadPerCharacterWithItsCellWithinTheCli
     // to the right. Left top, right top, left bottom, right bottom.
     EXPECT_EQ(vertices(static_cast<sOut const*>(draws[0]->mpVertices), 8),
               "10,20/6,24 16,20/12,24 10,32/6,36 16,32/12,36 16,20/84,60 22,20/90,60 16,32/84,72 22,32/90,72");
-    EXPECT_EQ(static_cast<sOut const*>(draws[0]->mpVertices)->mColor, static_cast<unsigned int>(sColor::Yellow));
+    EXPECT_EQ(colorText(static_cast<sOut const*>(draws[0]->mpVertices)->mColor), "(255,255,0,255)");
     // Size 12: a cell of 12 by 24 pixels over the same 6 by 12 texels.
     EXPECT_EQ(vertices(static_cast<sOut const*>(draws[1]->mpVertices), 4),
               "100,20/6,0 112,20/12,0 100,44/6,12 112,44/12,12");
@@ -99,8 +99,9 @@ TEST_F(ToolSystemTest, GlyphLoopWritesOneQuadPerCharacterWithItsCellWithinTheCli
     EXPECT_EQ(v[7].x, 22.0f) << "the second cell ends at 22, inside";
     for (u32 i = 8; i < 16; ++i) {
         // The third cell would end at 28: it and the fourth collapse, unseen.
-        EXPECT_TRUE(v[i].x == v[8].x && v[i].y == v[8].y) << i;
-        EXPECT_EQ(v[i].mColor >> 24, 0u) << "alpha 0";
+        EXPECT_EQ(v[i].x, v[8].x) << i;
+        EXPECT_EQ(v[i].y, v[8].y) << i;
+        EXPECT_EQ(v[i].mColor >> 24, 0u) << "alpha 0: " << colorText(v[i].mColor);
     }
     v = static_cast<sOut const*>(draws[3]->mpVertices);
     EXPECT_EQ(vertices(v, 1) + " " + vertices(v + 4, 1), "0,0/0,0 6,0/0,0") << "blank cells";
@@ -134,13 +135,13 @@ TEST_F(ToolSystemTest, EveryRecordKindIsReplayedWithItsDeclarationAndTexture)
         mpTools->drawString(mask, a, "Hi", 6, sColor::White);
     });
     // Equal keys in one context: one batch per change of primitive, declaration or texture.
-    EXPECT_EQ(drawSummary(), "1fff0000 L4 b1, 1fff0000 T6 b1, 1fff0000 T6t b1, 1fff0000 Q8 b1, 1fff0000 Q8t b1, "
-                             "1fff0000 Q8t b1");
+    EXPECT_EQ(drawSummary(), "v1 lfff s0 L4 b1, v1 lfff s0 T6 b1, v1 lfff s0 T6t b1, v1 lfff s0 Q8 b1, "
+                             "v1 lfff s0 Q8t b1, v1 lfff s0 Q8t b1");
     std::vector<sDrawCommand const*> draws = sortedDraws();
     ASSERT_EQ(draws.size(), 6u);
     EXPECT_EQ(draws[2]->mpTexture, texture);
     EXPECT_EQ(draws[5]->mpTexture, mpTools->getFontTexture());
-    EXPECT_EQ(static_cast<sOutputVertex const*>(draws[0]->mpVertices)[3].mColor, static_cast<unsigned int>(sColor::Green));
+    EXPECT_EQ(colorText(static_cast<sOutputVertex const*>(draws[0]->mpVertices)[3].mColor), "(0,255,0,255)");
     texture->release();
 }
 
@@ -172,7 +173,7 @@ TEST_F(ToolSystemTest, ImmediateFormsDrawInTheViewOfTheirBlock)
     mpRender->postprocess();
     mpRender->executeCommand();
     // The overlay: view 6, level 0, alpha blending, nearest texels of the font.
-    EXPECT_EQ(drawSummary(), "50030002 Q4 b1, 50030004 Q8t b1 n, 60000000 Q28t b1 n");
+    EXPECT_EQ(drawSummary(), "v5 l3 s2 Q4 b1, v5 l3 s4 Q8t b1 n, v6 l0 s0 Q28t b1 n");
     std::vector<sDrawCommand const*> draws = sortedDraws();
     ASSERT_EQ(draws.size(), 3u);
     EXPECT_EQ(draws[0]->mScissor, sRect(10, 10, 50, 50)) << "the view's viewport cut with the clip";

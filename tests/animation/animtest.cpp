@@ -1,0 +1,247 @@
+#include "animtest.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "app/application.h"
+#include "foundation/autostring.h"
+#include "foundation/memorymanager.h"
+#include "platform/platform.h"
+#include "platform/glcontext.h"
+#include "platform/window.h"
+#include "reflection/control.h"
+#include "reflection/property.h"
+#include "resource/resourcebase.h"
+
+namespace {
+
+int const kWidth = 320;
+int const kHeight = 240;
+
+class TestApplication : public Application {
+public:
+    TestApplication(sInitializer const* initializer, Clock* clock) : Application(initializer, clock) {}
+    void setup() override {}
+    void update(float) override {}
+};
+
+bool sWindow = false;
+
+// A clock that moves only when a test frame asks: each frame is one nominal
+// frame, so units update with a delta of exactly 1.
+class SteppedClock : public Application::Clock {
+public:
+    u64 getCount() override { return mNow; }
+    void getTimebase(u64& numerator, u64& denominator) override
+    {
+        numerator = 1;
+        denominator = 1;
+    }
+    void sleep(u32) override {}
+
+    u64 mNow = 1000000000ull;
+};
+SteppedClock sClock;
+
+class AnimEnvironment : public testing::Environment {
+public:
+    void SetUp() override
+    {
+        char const* display = getenv("DISPLAY");
+        bool const wanted = display != nullptr && display[0] != '\0';
+        platform::setHeadless(!wanted);
+        // A fixed rate: every frame that is due counts as one nominal frame.
+        Application::sInitializer initializer = {"Animation test", kWidth, kHeight, 60, 60, 60};
+        mpApplication = new TestApplication(&initializer, &sClock);
+        if (wanted && mpApplication->getWindowHandle() == nullptr) {
+            delete mpApplication;
+            platform::setHeadless(true);
+            mpApplication = new TestApplication(&initializer, &sClock);
+        }
+        mpApplication->checkInterval(); // the first tick only starts the count
+        sWindow = wanted && !platform::isHeadless();
+        if (sWindow) {
+            platform::hideWindow(mpApplication->getWindowHandle());
+        }
+        MemoryManager* memory = MemoryManager::getInstance();
+        AutoString::setAllocator(memory->createAllocator(0x400000, "String"));
+        mpApplication->setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
+        PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x4000, "Property"));
+        System::setAllocator(memory->createAllocator(0x1000000, "System"));
+        UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
+        ResourceBase::setAllocator(memory->createAllocator(0x4000000, "Resource"));
+    }
+    void TearDown() override { delete mpApplication; }
+
+private:
+    TestApplication* mpApplication = nullptr;
+};
+[[maybe_unused]] testing::Environment* const sEnvironment = testing::AddGlobalTestEnvironment(new AnimEnvironment);
+
+std::string const kSampleFolder = std::string(HARBOR_SOURCE_DIR) + "/resources/intermediate/anim/";
+
+} // namespace
+
+namespace animtest {
+
+std::string readFile(std::string const& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+void writeFile(std::string const& path, std::string const& bytes)
+{
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+std::string readSample(char const* name)
+{
+    std::string const bytes = readFile(kSampleFolder + name);
+    EXPECT_FALSE(bytes.empty()) << name;
+    return bytes;
+}
+
+bool hasWindow()
+{
+    return sWindow;
+}
+
+} // namespace animtest
+
+void AnimTest::SetUp()
+{
+    mpJobs = JobSystem::create(0x10000, 4);
+    mpRender = RenderSystem::create();
+    mpViews = ViewSystem::create();
+    mpResources = ResourceSystem::create();
+    mpUnits = UnitSystem::create();
+    mpUnits->setup();
+    // The samples as the program finds them; the native forms below native/.
+    for (auto const& entry : std::filesystem::directory_iterator(kSampleFolder)) {
+        std::string const name = entry.path().filename().string();
+        bool const native = name.find(".seq") != std::string::npos || name == "character.aml";
+        std::string const target = native ? nativeFile("anim/" + name) : intermediateFile("anim/" + name);
+        animtest::writeFile(target, animtest::readFile(entry.path().string()));
+    }
+}
+
+void AnimTest::TearDown()
+{
+    mpUnits->destroy();
+    for (ResourceBase* resource : mHeld) {
+        resource->release();
+    }
+    mHeld.clear();
+    mpResources->destroy();
+    mpViews->destroy();
+    mpRender->destroy();
+    mpJobs->destroy();
+    std::filesystem::remove_all(intermediateFile("anim"));
+    std::filesystem::remove_all(nativeFile("anim"));
+}
+
+std::string AnimTest::intermediateFile(std::string const& name)
+{
+    return Application::getInstance()->getIntermediatePath() + name;
+}
+
+std::string AnimTest::nativeFile(std::string const& name)
+{
+    return Application::getInstance()->getNativePath() + name;
+}
+
+void AnimTest::runFrame()
+{
+    Application* application = Application::getInstance();
+    sClock.mNow += application->getCountPerFrame();
+    application->checkInterval();
+    mpRender->preprocess();
+    mpUnits->preprocess();
+    mpUnits->update();
+    mpViews->update();
+    mpUnits->postprocess();
+    mpResources->update();
+    mpRender->postprocess();
+    mpRender->executeCommand();
+}
+
+std::vector<animtest::sQuad> AnimTest::recordedQuads() const
+{
+    std::vector<animtest::sQuad> quads;
+    for (sCommand* const* entry = mpRender->getSortedEntry(); (*entry)->mType != sCommand::eType_End; ++entry) {
+        if ((*entry)->mType != sCommand::eType_Draw) {
+            continue;
+        }
+        sDrawCommand const* draw = static_cast<sDrawCommand const*>(*entry);
+        if (!draw->isTextured() || draw->getPrimitiveType() != ePrimitiveType_Quad) {
+            continue;
+        }
+        sOutputTexturedVertex const* vertices = static_cast<sOutputTexturedVertex const*>(draw->mpVertices);
+        for (u32 i = 0; i + 4 <= draw->getVertexCount(); i += 4) {
+            animtest::sQuad quad;
+            for (u32 v = 0; v < 4; ++v) {
+                quad.mVertex[v] = vertices[i + v];
+            }
+            quad.mBlendMode = draw->getBlendMode();
+            quads.push_back(quad);
+        }
+    }
+    return quads;
+}
+
+AnimResource* AnimTest::makeAnimation(u32 end)
+{
+    AnimResource* animation = new AnimResource();
+    mHeld.push_back(animation);
+    animation->setEndFrame(end);
+    return animation;
+}
+
+void AnimTest::addTrack(AnimResource* animation, char const* track, TypeInfo const* type,
+                        std::vector<char const*> const& lanes)
+{
+    animation->addTrack(type, track);
+    ObjectBase* object = type->newInstance();
+    List<ControlBase> controls;
+    object->makeControlList(controls);
+    for (char const* lane : lanes) {
+        bool found = false;
+        for (LinkIterator<ControlBase> it = controls.begin(); it != controls.end(); ++it) {
+            if (AutoString(it->getName()) == lane) {
+                animation->addLane(track, *it);
+                found = true;
+            }
+        }
+        EXPECT_TRUE(found) << lane;
+    }
+    for (LinkIterator<ControlBase> it = controls.begin(); it != controls.end(); ++it) {
+        delete *it;
+    }
+    delete object;
+}
+
+void AnimTest::addTriggerKey(AnimResource* animation, char const* track, char const* lane, u32 frame)
+{
+    animation->addKey(track, lane, frame, SequencerResource::eInterpolateType_Constant);
+}
+
+AnimationListIntermediate* AnimTest::listOf(u32 index, AnimResource* animation)
+{
+    AnimationListIntermediate* list = new AnimationListIntermediate();
+    mHeld.push_back(list);
+    animation->clearUpdate();
+    list->setAnimation(index, animation);
+    return list;
+}
+
+AnimationUnit* AnimTest::addUnit(AnimationList* list, int x, int y)
+{
+    AnimationUnit* unit = new AnimationUnit();
+    unit->setPosition(sVector(sFixed(x, 16), sFixed(y, 16)));
+    unit->setAnimationList(list);
+    mpUnits->addUnit(unit);
+    return unit;
+}

@@ -1,0 +1,100 @@
+// Shared by the animation tests: one application per process (a hidden real
+// window when there is a display, so that the pixel test can read pixels
+// back; headless otherwise), the job, render, view, resource and unit systems
+// for each test, the sample animations of resources/intermediate/anim/ in the
+// test program's data folders, and helpers that build animations through the
+// sequence edit operations and read back what a frame recorded.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "animation/animation.h"
+#include "animation/animationlist.h"
+#include "animation/animationunit.h"
+#include "animation/animresource.h"
+#include "animation/animsequencer.h"
+#include "jobs/jobsystem.h"
+#include "render/drawcontext.h"
+#include "render/rendersystem.h"
+#include "render/viewsystem.h"
+#include "resource/resourcesystem.h"
+#include "unit/unitsystem.h"
+
+namespace animtest {
+
+std::string readFile(std::string const& path);
+void writeFile(std::string const& path, std::string const& bytes);
+// A file of resources/intermediate/anim/ in the source tree.
+std::string readSample(char const* name);
+bool hasWindow();
+
+// One recorded quad: four vertices in strip order.
+struct sQuad {
+    sOutputTexturedVertex mVertex[4];
+    u32 mBlendMode;
+};
+
+} // namespace animtest
+
+class AnimTest : public testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // A frame in the host's order.
+    void runFrame();
+    // The textured quads the last frame replayed, in order.
+    std::vector<animtest::sQuad> recordedQuads() const;
+
+    // A resource of sequence type 1, frames 0 to end, released in TearDown.
+    AnimResource* makeAnimation(u32 end = 100);
+    // A track of that class with the named controls as lanes.
+    void addTrack(AnimResource* animation, char const* track, TypeInfo const* type,
+                  std::vector<char const*> const& lanes);
+    template <typename T>
+    void addKey(AnimResource* animation, char const* track, char const* lane, u32 frame, T value,
+                SequencerResource::eInterpolateType mode = SequencerResource::eInterpolateType_Constant)
+    {
+        animation->addKey(track, lane, frame, mode);
+        animation->setKeyParameter(track, lane, frame, &value);
+    }
+    void addTriggerKey(AnimResource* animation, char const* track, char const* lane, u32 frame);
+
+    // Loaded through the resource system; released in TearDown.
+    template <typename T>
+    T* load(char const* path)
+    {
+        ResourceBase* resource = mpResources->createResource(path, T::getStaticTypeInfo());
+        if (resource != nullptr) {
+            mHeld.push_back(resource);
+        }
+        return static_cast<T*>(resource);
+    }
+    // A list with the animation at the index, released in TearDown. The
+    // animation's edits are done: its update mark is cleared as the resource
+    // system does once a frame for loaded resources.
+    AnimationListIntermediate* listOf(u32 index, AnimResource* animation);
+    // A unit in the unit system, at a position, showing an animation list.
+    AnimationUnit* addUnit(AnimationList* list, int x = 0, int y = 0);
+
+    // Data folders of the test program.
+    static std::string intermediateFile(std::string const& name);
+    static std::string nativeFile(std::string const& name);
+
+    JobSystem* mpJobs = nullptr;
+    RenderSystem* mpRender = nullptr;
+    ViewSystem* mpViews = nullptr;
+    ResourceSystem* mpResources = nullptr;
+    UnitSystem* mpUnits = nullptr;
+    std::vector<ResourceBase*> mHeld;
+};
+
+// The object of a sequencer's track as its class.
+template <typename T>
+T* trackObject(Sequencer const& sequencer, u32 track)
+{
+    return typeCast<T>(sequencer.getTrackArray()[track].mpObject);
+}
