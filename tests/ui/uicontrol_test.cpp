@@ -698,9 +698,8 @@ TEST_F(ControlTest, AResourceFieldOffersTheFiltersOfItsClassAndAWrongControlForA
     // ".." opens the file dialog over them, and ESC leaves the property be.
     ResourceBase* nothing = nullptr;
     UIWindow* window = openForm();
-    UIResourceControl* field = place(window, new UIResourceControl(new ResourceProperty("Picture",
-                                                                                        TextureResource::getStaticTypeInfo(), &nothing),
-                                                                   false, UIControl::NoIndex));
+    PropertyBase* picture = new ResourceProperty("Picture", TextureResource::getStaticTypeInfo(), &nothing);
+    UIResourceControl* field = place(window, new UIResourceControl(picture, false, UIControl::NoIndex));
     field->setDefaultSize();
     frame();
     // ".." stands at the right end of the row under the name.
@@ -724,56 +723,44 @@ TEST_F(ControlTest, AResourceFieldOffersTheFiltersOfItsClassAndAWrongControlForA
     EXPECT_EQ(mpUI->getActiveWindow(), window);
     EXPECT_EQ(nothing, nullptr);
 
-    s32 number = 0;
-    float real = 0.0f;
-    sPoint point(0, 0);
-    ObjectBase* object = nullptr;
+    // Each wrong pairing of control and property stops with its message.
+    static s32 number = 0;
+    static float real = 0.0f;
+    static sPoint point(0, 0);
+    static ResourceBase* resource = nullptr;
     static sMaskInfo const masks[] = {{"A", 1}};
     static sEnumInfo const enums[] = {{"A", 0}};
     struct sCase {
         char const* mMessage;
-        void (*mpMake)(s32*, float*, sPoint*, ObjectBase**);
+        void (*mpMake)();
     } const cases[] = {
         {"Invalid property type.",
-         [](s32*, float*, sPoint* p, ObjectBase**) {
-             new UINumericControl(new ReferenceProperty<sPoint>("p", p), false, UIControl::NoIndex,
-                                  UIControl::eMode_Decimal);
-         }},
+         [] { new UINumericControl(new ReferenceProperty<sPoint>("p", &point), false, UIControl::NoIndex,
+                                   UIControl::eMode_Decimal); }},
         {"Property type missmatch.",
-         [](s32*, float*, sPoint* p, ObjectBase**) {
-             new UIFlagGroupControl(new ReferenceProperty<sPoint>("p", p), masks, 1, false, UIControl::NoIndex);
-         }},
+         [] { new UIFlagGroupControl(new ReferenceProperty<sPoint>("p", &point), masks, 1, false, UIControl::NoIndex); }},
         {"Property type missmatch.",
-         [](s32*, float*, sPoint* p, ObjectBase**) {
-             new UIEnumControl(new ReferenceProperty<sPoint>("p", p), enums, 1, false, UIControl::NoIndex);
-         }},
+         [] { new UIEnumControl(new ReferenceProperty<sPoint>("p", &point), enums, 1, false, UIControl::NoIndex); }},
         {"Nameless property.",
-         [](s32* n, float*, sPoint*, ObjectBase**) {
+         [] {
              uNumeric low;
              uNumeric high;
              UINumericControl::getTypeRange(ePropertyType_S32, low, high);
-             new UIParameterControl(new ReferenceProperty<s32>(nullptr, n), low, high, false, UIControl::NoIndex,
+             new UIParameterControl(new ReferenceProperty<s32>(nullptr, &number), low, high, false, UIControl::NoIndex,
                                     UIControl::eMode_Decimal);
          }},
         {"Not TextureResource.",
-         [](s32*, float*, sPoint*, ObjectBase**) {
-             static ResourceBase* resource = nullptr;
-             new UITextureResourceControl(new ResourceProperty("r", ResourceBase::getStaticTypeInfo(), &resource),
-                                          false, UIControl::NoIndex);
-         }},
-        {"Not Texture.",
-         [](s32*, float* f, sPoint*, ObjectBase**) {
-             new UITextureControl(new ReferenceProperty<float>("f", f), UIControl::NoIndex);
-         }},
+         [] { new UITextureResourceControl(new ResourceProperty("r", ResourceBase::getStaticTypeInfo(), &resource),
+                                           false, UIControl::NoIndex); }},
+        {"Not Texture.", [] { new UITextureControl(new ReferenceProperty<float>("f", &real), UIControl::NoIndex); }},
         {"Invalid TypoInfo.",
-         [](s32*, float*, sPoint*, ObjectBase**) {
-             static ResourceBase* resource = nullptr;
-             (new UIResourceControl(new ResourceProperty("r", ResourceBase::getStaticTypeInfo(), &resource), false,
-                                    UIControl::NoIndex))
-                 ->openFile();
+         [] {
+             UIResourceControl* abstract = new UIResourceControl(
+                 new ResourceProperty("r", ResourceBase::getStaticTypeInfo(), &resource), false, UIControl::NoIndex);
+             abstract->openFile();
          }},
     };
     for (sCase const& c : cases) {
-        EXPECT_DEATH(c.mpMake(&number, &real, &point, &object), c.mMessage) << c.mMessage;
+        EXPECT_DEATH(c.mpMake(), c.mMessage) << c.mMessage;
     }
 }
