@@ -8,6 +8,9 @@
 #include "render/renderobject.h"
 #include "resource/resourcesystem.h"
 #include "resource/textureresource.h"
+#include "tool/toolbase.h"
+#include "tool/toolsystem.h"
+#include "ui/uidialog.h"
 #include "ui/uimenu.h"
 #include "ui/uimessage.h"
 #include "ui/uipainter.h"
@@ -584,6 +587,53 @@ void UIResourceControl::openFile()
     }
     resource->release();
     mpFilters[count] = nullptr;
+    // The dialog belongs to the window that holds this control, if any.
+    UIBase* root = this;
+    while (root->getParent() != nullptr) {
+        root = root->getParent();
+    }
+    UISystem::getInstance()->addWindow(new UIFileDialog("Resource open", this, &UIResourceControl::notifySelectFile,
+                                                        "All", mpFilters, false, typeCast<UIWindow>(root)));
+}
+
+// As the desktop takes its wallpaper: the extension names the class.
+void UIResourceControl::notifySelectFile(UIDialog* dialog)
+{
+    UIFileDialog* files = static_cast<UIFileDialog*>(dialog);
+    ResourceSystem* system = ResourceSystem::getInstance();
+    if (files->getReturnValue() != 0 || system == nullptr) {
+        return;
+    }
+    AutoString const extension = files->getExtension();
+    if (extension.size() == 0) {
+        return;
+    }
+    TypeInfo const* type = system->getTypeInfoByExtension(extension.c_str());
+    if (type == nullptr) {
+        return;
+    }
+    AutoString const path = files->getResourcePath();
+    ResourceBase* resource = system->createResource(path.c_str(), type);
+    if (resource == nullptr) {
+        return;
+    }
+    mpProperty->setByType<ResourceBase*>(resource, mIndex);
+    resource->release();
+    sendMessage(UIEndEditMessage());
+}
+
+void UIResourceControl::eventMouseDoubleClick(sPoint const&, unsigned int button)
+{
+    ResourceBase* resource = getResource();
+    ToolSystem* tools = ToolSystem::getInstance();
+    if ((button & 1) == 0 || resource == nullptr || tools == nullptr) {
+        return;
+    }
+    ToolBase* tool = tools->createTool(resource->getTypeInfo());
+    if (tool != nullptr) {
+        tool->setManagedResource(resource);
+        UISystem::getInstance()->addWindow(tool);
+    }
 }
 
 void UIResourceControl::convert()

@@ -199,18 +199,23 @@ public:
     UIResourceControl(PropertyBase* property, bool readOnly, unsigned int index);
 
     void setEmpty();
-    // The filters of the property's resource class, ending with null, and the
-    // file dialog over them.
+    // The filters of the property's resource class, ending with null, and a
+    // file dialog "Resource open" over them; its answer comes to
+    // notifySelectFile.
     void openFile();
     char const* const* getFilters() const { return mpFilters; }
     // Swaps the resource for its other form: native for an intermediate one,
     // else intermediate, from the same path.
     void convert();
     void notifyOpenButton(UIButton* button);
+    // Ok: the chosen file's resource goes into the property.
+    void notifySelectFile(UIDialog* dialog);
     ResourceBase* getResource() const;
 
     void align() override;
     void eventPaint(UIPainter* painter) override;
+    // Opens the resource's editor.
+    void eventMouseDoubleClick(sPoint const& position, unsigned int button) override;
 
 protected:
     sRect getFieldRect() const;

@@ -21,6 +21,7 @@
 #include "ui/uicontrol.h"
 #include "ui/uicontrolcomposite.h"
 #include "ui/uidesktop.h"
+#include "ui/uidialog.h"
 #include "ui/uilist.h"
 #include "ui/uimessage.h"
 #include "uitest.h"
@@ -689,4 +690,77 @@ TEST_F(ControlTest, TheSystemsAndResourcesOfferTheirWidgets)
     EXPECT_EQ(JobSystem::getInstance()->getJobThreadNum(), 16u);
     enter(threads->getValueControl(), "0");
     EXPECT_EQ(JobSystem::getInstance()->getJobThreadNum(), 1u);
+}
+
+TEST_F(ControlTest, AResourceFieldOffersTheFiltersOfItsClassAndAWrongControlForAPropertyIsFatal)
+{
+    // A native class lists its own filter, then its intermediate classes';
+    // ".." opens the file dialog over them, and ESC leaves the property be.
+    ResourceBase* nothing = nullptr;
+    UIWindow* window = openForm();
+    PropertyBase* picture = new ResourceProperty("Picture", TextureResource::getStaticTypeInfo(), &nothing);
+    UIResourceControl* field = place(window, new UIResourceControl(picture, false, UIControl::NoIndex));
+    field->setDefaultSize();
+    frame();
+    // ".." stands at the right end of the row under the name.
+    sRect const area = field->getAbsRegion();
+    tap(area.right - UIResourceControl::kButtonWidth / 2, area.top + UIControl::kNameHeight + 8);
+    frame();
+    char const* const* filters = field->getFilters();
+    ASSERT_NE(filters[0], nullptr);
+    ASSERT_NE(filters[1], nullptr);
+    ASSERT_NE(filters[2], nullptr);
+    EXPECT_STREQ(filters[0], "tex|Texture");
+    EXPECT_STREQ(filters[1], "tga|Targa");
+    EXPECT_STREQ(filters[2], "bmp|Bitmap");
+    EXPECT_EQ(filters[3], nullptr);
+    UIWindow* dialog = mpUI->getActiveWindow();
+    ASSERT_NE(dialog, window);
+    EXPECT_STREQ(dialog->getTitle().c_str(), "Resource open");
+    EXPECT_EQ(static_cast<UIFileDialog*>(dialog)->getFilterCount(), 3u);
+    type(41); // ESC
+    frame();
+    EXPECT_EQ(mpUI->getActiveWindow(), window);
+    EXPECT_EQ(nothing, nullptr);
+
+    // Each wrong pairing of control and property stops with its message.
+    static s32 number = 0;
+    static float real = 0.0f;
+    static sPoint point(0, 0);
+    static ResourceBase* resource = nullptr;
+    static sMaskInfo const masks[] = {{"A", 1}};
+    static sEnumInfo const enums[] = {{"A", 0}};
+    struct sCase {
+        char const* mMessage;
+        void (*mpMake)();
+    } const cases[] = {
+        {"Invalid property type.",
+         [] { new UINumericControl(new ReferenceProperty<sPoint>("p", &point), false, UIControl::NoIndex,
+                                   UIControl::eMode_Decimal); }},
+        {"Property type missmatch.",
+         [] { new UIFlagGroupControl(new ReferenceProperty<sPoint>("p", &point), masks, 1, false, UIControl::NoIndex); }},
+        {"Property type missmatch.",
+         [] { new UIEnumControl(new ReferenceProperty<sPoint>("p", &point), enums, 1, false, UIControl::NoIndex); }},
+        {"Nameless property.",
+         [] {
+             uNumeric low;
+             uNumeric high;
+             UINumericControl::getTypeRange(ePropertyType_S32, low, high);
+             new UIParameterControl(new ReferenceProperty<s32>(nullptr, &number), low, high, false, UIControl::NoIndex,
+                                    UIControl::eMode_Decimal);
+         }},
+        {"Not TextureResource.",
+         [] { new UITextureResourceControl(new ResourceProperty("r", ResourceBase::getStaticTypeInfo(), &resource),
+                                           false, UIControl::NoIndex); }},
+        {"Not Texture.", [] { new UITextureControl(new ReferenceProperty<float>("f", &real), UIControl::NoIndex); }},
+        {"Invalid TypoInfo.",
+         [] {
+             UIResourceControl* abstract = new UIResourceControl(
+                 new ResourceProperty("r", ResourceBase::getStaticTypeInfo(), &resource), false, UIControl::NoIndex);
+             abstract->openFile();
+         }},
+    };
+    for (sCase const& c : cases) {
+        EXPECT_DEATH(c.mpMake(), c.mMessage) << c.mMessage;
+    }
 }
