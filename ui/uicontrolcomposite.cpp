@@ -10,6 +10,7 @@
 #include "resource/textureresource.h"
 #include "tool/toolbase.h"
 #include "tool/toolsystem.h"
+#include "tool/viewerwindow.h"
 #include "ui/uidialog.h"
 #include "ui/uimenu.h"
 #include "ui/uimessage.h"
@@ -720,6 +721,17 @@ UITextureControl::UITextureControl(PropertyBase* property, unsigned int index)
         dev_assert("Not Texture.", __FILE__, __LINE__);
     }
     setMinimumSize(sSize(64, 80));
+}
+
+void UITextureControl::eventMouseDoubleClick(sPoint const&, unsigned int button)
+{
+    Texture* texture = typeCast<Texture>(mpProperty->getByType<ObjectBase*>(mIndex));
+    if ((button & 1) == 0 || texture == nullptr) {
+        return;
+    }
+    TextureViewerWindow* viewer = new TextureViewerWindow();
+    viewer->setTexture(texture);
+    UISystem::getInstance()->addWindow(viewer);
 }
 
 void UITextureControl::eventPaint(UIPainter* painter)

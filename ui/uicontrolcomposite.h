@@ -240,4 +240,6 @@ public:
     UITextureControl(PropertyBase* property, unsigned int index);
 
     void eventPaint(UIPainter* painter) override;
+    // A double click opens the texture in a TextureViewerWindow.
+    void eventMouseDoubleClick(sPoint const& position, unsigned int button) override;
 };

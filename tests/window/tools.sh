@@ -12,7 +12,8 @@ source "$(dirname "$0")/lib/xsession.sh"
 source "$(dirname "$0")/lib/host.sh"
 shots="$ARTIFACTS/tools"
 SETTINGS="$BUILD/resources/intermediate/harbor.xml"
-WALLPAPERS="$BUILD/resources/intermediate/wallpapers"
+ROOT="$BUILD/resources/intermediate"
+WALLPAPERS="$ROOT/wallpapers"
 SAVED=$(mktemp)
 had_settings=0
 if [ -e "$SETTINGS" ]; then cp "$SETTINGS" "$SAVED"; had_settings=1; fi
@@ -24,6 +25,7 @@ cleanup() {
 rm -f "$SETTINGS"
 { printf '\x00\x00\x02\x00\x00\x00\x00\x00\x00\x00\x00\x00\x40\x00\x40\x00\x20\x28'; head -c 100 /dev/zero; } \
   >"$WALLPAPERS/broken.tga"
+export WM_CLOSE_KEY=super+F4 # Alt+F4 closes windows inside the program
 start_harbor "$HARBOR" tools
 trap cleanup EXIT
 unit='((CoordinateUnit*)UnitSystem::mpInstance->mUnitList.mpFirst->mpValue)'
@@ -66,11 +68,11 @@ wait_for_state "$units->mpList->mRowCount" 1
 # grey square show at world (0, 0), the middle of game view 1 (1:1).
 expect_state 'ViewSystem::mpInstance->mViews[1].mEnable' 'true'
 click_in "$units->mpList" 40 $((17 + 8))
-wait_for_state "(int)(($unit->mSystemStatus & 0x10) != 0)" 1
+wait_for_state "(int)(($unit->mSystemStatus & 0x10000) != 0)" 1
 wait_for_state "(int)($unit->mpPositionControl != 0)" 1
 sleep 0.5
 screenshot "$shots-selected.png"
-expect_pixel "$shots-selected.png" 512 384 128,128,128
+expect_pixel "$shots-selected.png" 512 384 191,191,191
 expect_pixel "$shots-selected.png" 512 354 255,0,0
 expect_pixel "$shots-selected.png" 542 384 0,255,0
 # The square dragged 40 pixels right: the view's scale is 1 (projection and
@@ -108,9 +110,9 @@ windows_open 0
 # viewer's preview opens the texture viewer, and the wheel zooms it.
 desktop_menu 7
 windows_open 1
-dialog_double_click 40 "$(dialog_row_y 1)"
+dialog_double_click 40 "$(dialog_row_y "$(row_of wallpapers "$ROOT")")"
 wait_for_state "$(text_of "$(front UIFileDialog)->mCaption")" '"intermediate/wallpapers/"' contains
-dialog_double_click 40 "$(dialog_row_y 1)"
+dialog_double_click 40 "$(dialog_row_y "$(row_of dusk.tga "$WALLPAPERS" tex bmp tga)")"
 windows_open 0
 type_keys ctrl+alt+r
 windows_open 1
@@ -149,24 +151,24 @@ dialog_click 280 202
 windows_open 1
 viewer=$(front ResourceViewerWindow)
 expect_state "$(text_of "$viewer->mTitle")" '"ResourceViewer"' contains
-open_file() { # open_file FOLDER_ROW NAME
+open_file() { # open_file FOLDER NAME
   menu_bar 20 0
   windows_open 2
   expect_state "$(text_of "$(front UIFileDialog)->mTitle")" '"Load"' contains
-  dialog_double_click 40 "$(dialog_row_y "$1")"
+  dialog_double_click 40 "$(dialog_row_y "$(row_of "$1" "$ROOT")")"
   dialog_click 100 202
   type_text "$2"
   dialog_click 280 202
   windows_open 1
 }
-open_file 0 tga32_top.tga
+open_file samples tga32_top.tga
 wait_for_state "$(text_of "$viewer->mTitle")" '"tga32_top.tga"' contains
 sleep 0.3
 screenshot "$shots-open.png"
-open_file 1 broken.tga
+open_file wallpapers broken.tga
 wait_for_trace 'broken\.tga loading fail\.'
 wait_for_state "$(text_of "$viewer->mTitle")" '"ResourceViewer"' contains
-open_file 0 tga32_bottom.tga
+open_file samples tga32_bottom.tga
 wait_for_state "$(text_of "$viewer->mTitle")" '"tga32_bottom.tga"' contains
 
 close_and_wait "$WID"

@@ -10,7 +10,8 @@ source "$(dirname "$0")/lib/xsession.sh"
 source "$(dirname "$0")/lib/host.sh"
 shots="$ARTIFACTS/wallpaper"
 SETTINGS="$BUILD/resources/intermediate/harbor.xml"
-WALLPAPERS="$BUILD/resources/intermediate/wallpapers"
+ROOT="$BUILD/resources/intermediate"
+WALLPAPERS="$ROOT/wallpapers"
 SAVED=$(mktemp)
 had_settings=0
 if [ -e "$SETTINGS" ]; then cp "$SETTINGS" "$SAVED"; had_settings=1; fi
@@ -37,9 +38,8 @@ expect_state "$(text_of "$dialog->mCaption")" '"intermediate/"' contains
 expect_state "$dialog->mFilterIndex" 3
 expect_state "$dialog->mFilters.mSize" 3
 screenshot "$shots-dialog.png"
-# "All Texture" (the last filter entry) over the folders samples and
-# wallpapers.
-expect_state "$files" 2
+# "All Texture" (the last filter entry) over the folders of the root.
+expect_state "$files" "$(find "$ROOT" -mindepth 1 -maxdepth 1 -type d ! -name '.*' | wc -l)"
 
 # The filter pull-down: "Targa(*.tga)" is its third row.
 dialog_click 100 222
@@ -48,7 +48,7 @@ screenshot "$shots-filters.png"
 dialog_click 100 $((214 + 16 + 1 + 2 * 16 + 8))
 wait_for_state "$dialog->mFilterIndex" 2
 # Into samples: only its two .tga files, no .bmp, no .seq.
-dialog_double_click 40 "$(dialog_row_y 0)"
+dialog_double_click 40 "$(dialog_row_y "$(row_of samples "$ROOT")")"
 wait_for_state "$(text_of "$dialog->mCaption")" '"intermediate/samples/"' contains
 expect_state "$files" 2
 # A click on a file puts its name into the field.
@@ -59,7 +59,7 @@ screenshot "$shots-targa.png"
 # stays hidden.
 dialog_click 200 48
 wait_for_state "$(text_of "$dialog->mCaption")" '"intermediate/"' contains
-dialog_double_click 40 "$(dialog_row_y 1)"
+dialog_double_click 40 "$(dialog_row_y "$(row_of wallpapers "$ROOT")")"
 wait_for_state "$(text_of "$dialog->mCaption")" '"intermediate/wallpapers/"' contains
 expect_state "$files" 3
 
@@ -75,19 +75,19 @@ expect_state 'UISystem::mpInstance->mpDesktop->mpWallpaper' '(class ResourceBase
 # The damaged file: a trace, no wallpaper, no crash.
 desktop_menu 7
 windows_open 1
-dialog_double_click 40 "$(dialog_row_y 1)"
+dialog_double_click 40 "$(dialog_row_y "$(row_of wallpapers "$ROOT")")"
 wait_for_state "$(text_of "$dialog->mCaption")" '"intermediate/wallpapers/"' contains
-dialog_double_click 40 "$(dialog_row_y 0)"
+dialog_double_click 40 "$(dialog_row_y "$(row_of broken.tga "$WALLPAPERS" tex bmp tga)")"
 windows_open 0
 wait_for_trace 'broken\.tga loading fail\.'
 expect_state 'UISystem::mpInstance->mpDesktop->mpWallpaper' '(class ResourceBase *) 0x0'
 
-# A double click on sea.tga (its fourth row): the wallpaper fills the window.
+# A double click on sea.tga: the wallpaper fills the window.
 desktop_menu 7
 windows_open 1
-dialog_double_click 40 "$(dialog_row_y 1)"
+dialog_double_click 40 "$(dialog_row_y "$(row_of wallpapers "$ROOT")")"
 wait_for_state "$(text_of "$dialog->mCaption")" '"intermediate/wallpapers/"' contains
-dialog_double_click 40 "$(dialog_row_y 3)"
+dialog_double_click 40 "$(dialog_row_y "$(row_of sea.tga "$WALLPAPERS" tex bmp tga)")"
 windows_open 0
 wait_for_state '(int)(UISystem::mpInstance->mpDesktop->mpWallpaper != 0)' 1
 sleep 0.5

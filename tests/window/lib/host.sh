@@ -217,5 +217,32 @@ menu_bar() {
   click_at "$1" 8
   click_at $(( $1 + 10 )) $((16 + 4 + 14 * $2 + 7))
 }
-# type_text TEXT: typed as a user would, capitals with Shift.
-type_text() { xdotool type --delay 120 "$1"; sleep 0.2; }
+# type_text TEXT: typed as a user would, capitals with Shift. The toolkit's
+# fields take "_" from Shift and the backslash key, as its key map has it.
+type_text() {
+  local rest="$1" part
+  while :; do
+    part="${rest%%_*}"
+    [ -n "$part" ] && xdotool type --delay 120 "$part"
+    [ "$part" = "$rest" ] && break
+    xdotool key --delay 120 shift+backslash
+    rest="${rest#*_}"
+  done
+  sleep 0.2
+}
+# row_of NAME FOLDER [EXTENSION...]: the row a file dialog shows NAME in for
+# FOLDER: folders first, then the files of those extensions (all without
+# any), each by name in byte order, hidden ones left out.
+row_of() {
+  local name="$1" folder="$2"
+  shift 2
+  local entries=() e
+  while IFS= read -r e; do entries+=("$e"); done < <(cd "$folder" && find . -mindepth 1 -maxdepth 1 -type d ! -name '.*' -printf '%f\n' | LC_ALL=C sort)
+  while IFS= read -r e; do
+    if [ $# -eq 0 ]; then entries+=("$e"); continue; fi
+    for x in "$@"; do [ "${e#*.}" = "$x" ] && entries+=("$e"); done
+  done < <(cd "$folder" && find . -mindepth 1 -maxdepth 1 ! -type d ! -name '.*' -printf '%f\n' | LC_ALL=C sort)
+  local i
+  for i in "${!entries[@]}"; do [ "${entries[$i]}" = "$name" ] && { echo "$i"; return 0; }; done
+  fail "no row for $name in $folder"
+}
