@@ -151,6 +151,7 @@ TextureViewerWindow::TextureViewerWindow()
     setSize(sSize(512, 256));
     mpForm = new UIForm(UIForm::eFormAttribute_AutoAlign);
     mpForm->setSize(sSize(kSideWidth, 320));
+    mpForm->setClientRegion(sRect(mpForm->getSize()));
     mpUITexture = new UITexture();
     mpUITexture->setPosition(sPoint(kSideWidth, 0));
     PropertyBase* size = new IndirectProperty<sSize>("Size", this, &TextureViewerWindow::getTextureSize,
