@@ -4,7 +4,9 @@
 // made by Utils::makeUIFromControl). Each is one real window; the frame's
 // update with layout (UISystem::update) and paint recording (UISystem::draw)
 // are timed, CPU and wall, on one job thread. Headless: only recording. A
-// list's cost should follow its visible rows, not its row count.
+// list's cost should follow its visible rows, not its row count. Last, the
+// whole frame of 1,000 live units with the unit information window open
+// against closed: what the window adds.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -25,10 +27,13 @@
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
 #include "tool/toolsystem.h"
+#include "tool/infowindow.h"
 #include "ui/uilist.h"
 #include "ui/uiscrollbar.h"
 #include "ui/uisystem.h"
 #include "ui/uiwindow.h"
+#include "unit/coordinateunit.h"
+#include "unit/unitsystem.h"
 
 namespace {
 
@@ -129,9 +134,11 @@ public:
         mpApplication->setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
         PropertyBase::setAllocator(memory->createBlockAllocator(64, 0x10000, "Property"));
         System::setAllocator(memory->createAllocator(0x1000000, "System"));
+        UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
         SystemManager* manager = SystemManager::getInstance();
         manager->addSystem(JobSystem::create(0x10000, mpApplication->getProcessorNum()));
         manager->addSystem(RenderSystem::create());
+        manager->addSystem(UnitSystem::create());
         manager->addSystem(HIDSystem::create());
         manager->addSystem(ViewSystem::create());
         manager->addSystem(UISystem::create());
@@ -250,6 +257,45 @@ void BM_PropertyFormFrame(benchmark::State& state)
     closeWindow(window);
 }
 BENCHMARK(BM_PropertyFormFrame)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// The host's frame over 1,000 coordinate units: preprocess, the unit and UI
+// updates, UI paint, postprocess. CPU per frame, with the unit window open
+// (argument 1) or not (0).
+void BM_UnitInfoWindowFrame(benchmark::State& state)
+{
+    Harness::get();
+    static bool populated = false;
+    SystemManager* manager = SystemManager::getInstance();
+    if (!populated) {
+        for (int i = 0; i < 1000; ++i) {
+            CoordinateUnit* unit = new CoordinateUnit();
+            unit->setCategory(static_cast<u32>(i % 4));
+            UnitSystem::getInstance()->addUnit(unit);
+        }
+        populated = true;
+    }
+    UIWindow* window = nullptr;
+    if (state.range(0) != 0) {
+        window = new UnitInfoWindow();
+        UISystem::getInstance()->addWindow(window);
+    }
+    double cpu = 0.0;
+    for (auto _ : state) {
+        std::clock_t const start = std::clock();
+        manager->preprocess();
+        manager->update();
+        UISystem::getInstance()->draw();
+        manager->postprocess();
+        cpu += cpuMillisecondsSince(start);
+        RenderSystem::getInstance()->executeCommand();
+    }
+    state.counters["cpu_frame_ms"] = cpu / static_cast<double>(state.iterations());
+    state.counters["units"] = UnitSystem::getInstance()->getUnitList().size();
+    if (window != nullptr) {
+        closeWindow(window);
+    }
+}
+BENCHMARK(BM_UnitInfoWindowFrame)->ArgNames({"window_open"})->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

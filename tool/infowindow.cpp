@@ -420,7 +420,32 @@ void UnitInfoWindow::notifyUnitDestroy(UnitBase*, void* user)
 void UnitInfoWindow::update(float deltaTime)
 {
     UIWindow::update(deltaTime);
+    // The rows are remade only when the shown units change; otherwise only
+    // the selection flags are taken from the units again.
     List<UnitBase> const& units = UnitSystem::getInstance()->getUnitList();
+    bool same = mpList->getRowCount() == mUnitList.size();
+    ObjectList::Iterator shown = mUnitList.begin();
+    unsigned int count = 0;
+    for (UnitBase* unit : units) {
+        if (mCategoryFilter != 0 && mCategoryFilter - 1 != unit->getCategory()) {
+            continue;
+        }
+        if (mPriorityFilter != 0 && mPriorityFilter - 1 != unit->getPriorityGroup()) {
+            continue;
+        }
+        same = same && shown != mUnitList.end() && *shown == unit;
+        if (shown != mUnitList.end()) {
+            ++shown;
+        }
+        ++count;
+    }
+    if (same && count == mUnitList.size()) {
+        unsigned int row = 0;
+        for (ObjectBase* object : mUnitList) {
+            mpList->setSelectFlag(row++, static_cast<UnitBase const*>(object)->isSelected());
+        }
+        return;
+    }
     mUnitList.clear();
     mUnitList.reserve(units.size());
     for (UnitBase* unit : units) {

@@ -123,8 +123,10 @@ TEST_F(ToolWindowTest, TheToolBaseAsksBeforeChangesAreLostAndSavesByItsOwnRules)
     mpUI->addWindow(tool);
     frame();
     // Another class is refused; the same resource in a second tool too.
-    tool->setManagedResource(mpResources->createResource(nullptr, TextureResource::getStaticTypeInfo()));
+    ResourceBase* texture = mpResources->createResource(nullptr, TextureResource::getStaticTypeInfo());
+    tool->setManagedResource(texture);
     EXPECT_EQ(tool->getManagedResource(), note);
+    texture->release();
     NoteTool* second = new NoteTool();
     second->setManagedResource(note);
     mpUI->addWindow(second);
