@@ -11,23 +11,10 @@ BUILD="${2:?build folder}"
 source "$(dirname "$0")/lib/xsession.sh"
 source "$(dirname "$0")/lib/host.sh"
 shots="$ARTIFACTS/tools"
-SETTINGS="$BUILD/resources/intermediate/harbor.xml"
-ROOT="$BUILD/resources/intermediate"
-WALLPAPERS="$ROOT/wallpapers"
-SAVED=$(mktemp)
-had_settings=0
-if [ -e "$SETTINGS" ]; then cp "$SETTINGS" "$SAVED"; had_settings=1; fi
-cleanup() {
-  stop_x_session
-  if [ "$had_settings" = 1 ]; then cp "$SAVED" "$SETTINGS"; else rm -f "$SETTINGS"; fi
-  rm -f "$SAVED" "$WALLPAPERS/broken.tga"
-}
-rm -f "$SETTINGS"
-{ printf '\x00\x00\x02\x00\x00\x00\x00\x00\x00\x00\x00\x00\x40\x00\x40\x00\x20\x28'; head -c 100 /dev/zero; } \
-  >"$WALLPAPERS/broken.tga"
+fresh_data "$BUILD"
 export WM_CLOSE_KEY=super+F4 # Alt+F4 closes windows inside the program
 start_harbor "$HARBOR" tools
-trap cleanup EXIT
+trap restore_data EXIT
 unit='((CoordinateUnit*)UnitSystem::mpInstance->mUnitList.mpFirst->mpValue)'
 
 # Ctrl+Alt+S: "SystemInformation", 256 by 256 at (16, 16), its four lists

@@ -9,24 +9,9 @@ BUILD="${2:?build folder}"
 source "$(dirname "$0")/lib/xsession.sh"
 source "$(dirname "$0")/lib/host.sh"
 shots="$ARTIFACTS/wallpaper"
-SETTINGS="$BUILD/resources/intermediate/harbor.xml"
-ROOT="$BUILD/resources/intermediate"
-WALLPAPERS="$ROOT/wallpapers"
-SAVED=$(mktemp)
-had_settings=0
-if [ -e "$SETTINGS" ]; then cp "$SETTINGS" "$SAVED"; had_settings=1; fi
-cleanup() {
-  stop_x_session
-  if [ "$had_settings" = 1 ]; then cp "$SAVED" "$SETTINGS"; else rm -f "$SETTINGS"; fi
-  rm -f "$SAVED" "$WALLPAPERS/broken.tga"
-}
-rm -f "$SETTINGS"
-# A damaged picture among the samples: a Targa header of 64 by 64 pixels
-# and far too few bytes behind it.
-{ printf '\x00\x00\x02\x00\x00\x00\x00\x00\x00\x00\x00\x00\x40\x00\x40\x00\x20\x28'; head -c 100 /dev/zero; } \
-  >"$WALLPAPERS/broken.tga"
+fresh_data "$BUILD"
 start_harbor "$HARBOR" wallpaper.first
-trap cleanup EXIT
+trap restore_data EXIT
 dialog=$(front UIFileDialog)
 files="$dialog->mRows.mList.mSize"
 

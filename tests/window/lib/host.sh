@@ -246,3 +246,24 @@ row_of() {
   for i in "${!entries[@]}"; do [ "${entries[$i]}" = "$name" ] && { echo "$i"; return 0; }; done
   fail "no row for $name in $folder"
 }
+# fresh_data BUILD: the build's data as a scenario wants it: no settings file
+# (the build's own is put back by restore_data) and a damaged picture,
+# "wallpapers/broken.tga", a Targa header of 64 by 64 with far too few bytes.
+# Sets ROOT, WALLPAPERS and SETTINGS.
+fresh_data() {
+  ROOT="$1/resources/intermediate"
+  WALLPAPERS="$ROOT/wallpapers"
+  SETTINGS="$ROOT/harbor.xml"
+  SAVED_SETTINGS=$(mktemp)
+  HAD_SETTINGS=0
+  if [ -e "$SETTINGS" ]; then cp "$SETTINGS" "$SAVED_SETTINGS"; HAD_SETTINGS=1; fi
+  rm -f "$SETTINGS"
+  { printf '\x00\x00\x02\x00\x00\x00\x00\x00\x00\x00\x00\x00\x40\x00\x40\x00\x20\x28'; head -c 100 /dev/zero; } \
+    >"$WALLPAPERS/broken.tga"
+}
+# restore_data: ends the X session and puts the build's data back.
+restore_data() {
+  stop_x_session
+  if [ "$HAD_SETTINGS" = 1 ]; then cp "$SAVED_SETTINGS" "$SETTINGS"; else rm -f "$SETTINGS"; fi
+  rm -f "$SAVED_SETTINGS" "$WALLPAPERS/broken.tga"
+}
