@@ -20,6 +20,7 @@
 #include "input/hidsystem.h"
 #include "jobs/jobsystem.h"
 #include "machineload.h"
+#include "uiharness.h"
 #include "platform/platform.h"
 #include "reflection/control.h"
 #include "reflection/objectlist.h"
@@ -109,13 +110,6 @@ private:
 };
 char const* const FormObject::kNames[8] = {"Int", "Float", "Fixed", "Vector", "Color", "Bool", "Mode", "Text"};
 
-class BenchApplication : public Application {
-public:
-    explicit BenchApplication(sInitializer const* initializer) : Application(initializer) {}
-    void setup() override {}
-    void update(float) override {}
-};
-
 class Harness {
 public:
     static Harness& get()
@@ -126,27 +120,7 @@ public:
 
     Harness()
     {
-        platform::setHeadless(true);
-        Application::sInitializer const initializer = {"Editor bench", 1024, 768, 60, 20, 240};
-        mpApplication = new BenchApplication(&initializer);
-        MemoryManager* memory = MemoryManager::getInstance();
-        AutoString::setAllocator(memory->createAllocator(0x800000, "String"));
-        mpApplication->setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
-        PropertyBase::setAllocator(memory->createBlockAllocator(64, 0x10000, "Property"));
-        System::setAllocator(memory->createAllocator(0x1000000, "System"));
-        UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
-        SystemManager* manager = SystemManager::getInstance();
-        manager->addSystem(JobSystem::create(0x10000, mpApplication->getProcessorNum()));
-        manager->addSystem(RenderSystem::create());
-        manager->addSystem(UnitSystem::create());
-        manager->addSystem(HIDSystem::create());
-        manager->addSystem(ViewSystem::create());
-        manager->addSystem(UISystem::create());
-        manager->addSystem(ToolSystem::create());
-        manager->setup();
-        RenderSystem::getInstance()->addPostprocessDependency(ToolSystem::getInstance());
-        RenderSystem::getInstance()->addDestroyDependency(ToolSystem::getInstance());
-        manager->order();
+        mpApplication = startUIApplication("Editor bench", true);
         JobSystem::getInstance()->setJobThreadNum(1);
     }
 

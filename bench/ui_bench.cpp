@@ -15,6 +15,7 @@
 
 #include "app/application.h"
 #include "machineload.h"
+#include "uiharness.h"
 #include "app/systemmanager.h"
 #include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
@@ -89,13 +90,6 @@ private:
     char mLabels[kWidgets][11];
 };
 
-class BenchApplication : public Application {
-public:
-    explicit BenchApplication(sInitializer const* initializer) : Application(initializer) {}
-    void setup() override {}
-    void update(float) override {}
-};
-
 // The engine's side, built once: a headless application with the Systems
 // the UI stands on and the 20 windows, admitted by one preprocess.
 class Harness {
@@ -108,27 +102,8 @@ public:
 
     Harness()
     {
-        platform::setHeadless(true);
-        Application::sInitializer const initializer = {"UI bench", 1024, 768, 60, 20, 240};
-        mpApplication = new BenchApplication(&initializer);
-        MemoryManager* memory = MemoryManager::getInstance();
-        AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
-        mpApplication->setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
-        PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x1000, "Property"));
-        System::setAllocator(memory->createAllocator(0x1000000, "System"));
+        mpApplication = startUIApplication("UI bench", false);
         SystemManager* manager = SystemManager::getInstance();
-        manager->addSystem(JobSystem::create(0x10000, mpApplication->getProcessorNum()));
-        manager->addSystem(RenderSystem::create());
-        manager->addSystem(HIDSystem::create());
-        manager->addSystem(ViewSystem::create());
-        manager->addSystem(UISystem::create());
-        manager->addSystem(ToolSystem::create());
-        manager->setup();
-        // As the host wires them: the renderer closes the frame after the
-        // tools and outlives their font texture.
-        RenderSystem::getInstance()->addPostprocessDependency(ToolSystem::getInstance());
-        RenderSystem::getInstance()->addDestroyDependency(ToolSystem::getInstance());
-        manager->order();
         UISystem* ui = UISystem::getInstance();
         for (int i = 0; i < kWindows; ++i) {
             ui->addWindow(new BenchWindow(i));
