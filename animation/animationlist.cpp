@@ -12,6 +12,7 @@
 #include "sequencer/sequencerresource.h"
 #include "serial/datareader.h"
 #include "serial/datawriter.h"
+#include "ui/uicontrol.h"
 #include "serial/stream.h"
 #include "serial/xmlreader.h"
 #include "serial/xmlwriter.h"
@@ -197,11 +198,11 @@ void AnimationListIntermediate::makePropertyList(PropertyList& list)
 void AnimationListIntermediate::makeUIList(List<UIBase>& list)
 {
     ResourceBase::makeUIList(list);
-    PropertyControl* control = makeTableControl(AnimResource::getStaticTypeInfo());
-    if (UIBase* widget = Utils::makeUIFromControl(control)) {
-        list.addLast(widget);
-    }
-    delete control;
+    // One resource field per entry of the table.
+    UIControlArray* table = new UIControlArray(
+        new ResourceProperty("AnimationList", AnimResource::getStaticTypeInfo(), mpAnimations, kAnimationMax),
+        UIControl::eMode_Decimal);
+    list.addLast(table);
 }
 
 void AnimationListIntermediate::setAnimation(u32 index, AnimResource* animation)
