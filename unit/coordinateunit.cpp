@@ -34,6 +34,9 @@ void CoordinateUnit::update(float delta)
 {
     UnitBase::update(delta);
     UISystem* ui = UISystem::getInstance();
+    if (ui == nullptr) {
+        return; // a game without the editor has no handles to show
+    }
     if (isSelected()) {
         // The name with a shadow one pixel below and to the right.
         if (ToolSystem* tools = ToolSystem::getInstance()) {
