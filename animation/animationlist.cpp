@@ -141,11 +141,7 @@ bool AnimationList::load(Stream& stream)
         releaseAll();
         return false;
     }
-    // The resource system finds the entry of a resource by its path when
-    // it ends, so a loaded list takes the path of its file.
-    if (getPath().empty() && stream.getPath() != nullptr) {
-        setPath(AutoString(stream.getPath()));
-    }
+    takePathFrom(stream);
     return true;
 }
 
@@ -227,9 +223,7 @@ bool AnimationListIntermediate::load(Stream& stream)
         reader.parse(&stream);
         reader.read(this, getTypeInfo()->getName());
     }
-    if (getPath().empty() && stream.getPath() != nullptr) {
-        setPath(AutoString(stream.getPath()));
-    }
+    takePathFrom(stream);
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include "reflection/control.h"
 #include "reflection/property.h"
 #include "resource/resourcesystem.h"
+#include "serial/stream.h"
 
 IMPLEMENT_TYPEINFO(ResourceBase, "ObjectBase", TypeInfo::eAttribute_Abstract);
 
@@ -81,5 +82,12 @@ void ResourceBase::makeUIList(List<UIBase>& list)
 {
     if (UIBase* widget = makeParameterControlUI(new ReferenceProperty<AutoString>("Path", &mPath))) {
         list.addLast(widget);
+    }
+}
+
+void ResourceBase::takePathFrom(Stream const& stream)
+{
+    if (mPath.empty() && stream.getPath() != nullptr) {
+        setPath(AutoString(stream.getPath()));
     }
 }

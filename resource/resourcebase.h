@@ -65,6 +65,9 @@ public:
     // a second call asserts.
     void setPath(AutoString const& path);
     AutoString const& getPath() const { return mPath; }
+    // A resource that loaded from a file takes its path, unless it has one:
+    // the resource system finds a resource's map entry by it when it ends.
+    void takePathFrom(Stream const& stream);
     u32 getHash() const { return mHash; }
 
     // The "Resource" heap (see ClassHeap), for the resources and their

@@ -567,9 +567,7 @@ bool SequencerResource::load(Stream& stream)
         removeAll();
         return false;
     }
-    if (getPath().empty() && stream.getPath() != nullptr) {
-        setPath(AutoString(stream.getPath()));
-    }
+    takePathFrom(stream);
     return true;
 }
 
@@ -704,9 +702,7 @@ bool SequencerResourceIntermediate::load(Stream& stream)
         reader.parse(&stream);
         reader.read(this, getTypeInfo()->getName());
     }
-    if (getPath().empty() && stream.getPath() != nullptr) {
-        setPath(AutoString(stream.getPath()));
-    }
+    takePathFrom(stream);
     // Every entry is checked, so that nothing a damaged file left in the
     // lists reaches build.
     for (ObjectList::Iterator t = mTrackList.begin(); t != mTrackList.end();) {
