@@ -1,23 +1,12 @@
-// Control descriptors: default and given ranges, masks and enumerations with
+// Control descriptors: given ranges, masks and enumerations with
 // their own tables, object classes, triggers with argument codes, and copies
 // that outlive their source.
 #include <gtest/gtest.h>
-
-#include <cfloat>
 
 #include "reflection/control.h"
 #include "reflectiontest.h"
 
 namespace {
-
-// The range a control takes for a property of type T by default.
-template <typename T>
-std::pair<uNumeric, uNumeric> rangeOf()
-{
-    T value = T();
-    PropertyControl control(new ReferenceProperty<T>("Value", &value));
-    return {control.getMinimum(), control.getMaximum()};
-}
 
 class Target : public ObjectBase {
 public:
@@ -27,25 +16,6 @@ public:
 };
 
 } // namespace
-
-TEST(PropertyControl, TakesTheFullRangeOfTheType)
-{
-    EXPECT_EQ(-128, rangeOf<s8>().first.mS8);
-    EXPECT_EQ(32767, rangeOf<s16>().second.mS16);
-    // Reversed on purpose: no limit.
-    EXPECT_EQ(0x7FFFFFFF, rangeOf<s32>().first.mS32);
-    EXPECT_EQ(static_cast<s32>(0x80000000u), rangeOf<s32>().second.mS32);
-    EXPECT_EQ(0x7FFFFFFFFFFFFFFFll, rangeOf<s64>().first.mS64);
-    EXPECT_EQ(static_cast<s64>(0x8000000000000000ull), rangeOf<s64>().second.mS64);
-    EXPECT_EQ(0x7FFFFFFFFFFFFFFFll, rangeOf<sSize>().first.mS64);
-    EXPECT_EQ(0u, rangeOf<u8>().first.mU64);
-    EXPECT_EQ(255u, rangeOf<u8>().second.mU8);
-    EXPECT_EQ(~0ull, rangeOf<u64>().second.mU64);
-    EXPECT_EQ(-FLT_MAX, rangeOf<f32>().first.mF32);
-    EXPECT_EQ(DBL_MAX, rangeOf<f64>().second.mF64);
-    EXPECT_EQ(sFixed::Min, rangeOf<sFixed>().first.mFixed);
-    EXPECT_EQ(sFixed::Max, rangeOf<sFixed>().second.mFixed);
-}
 
 TEST(PropertyControl, GivenRangesAcceptNumericPropertiesAndHoldOneReference)
 {
