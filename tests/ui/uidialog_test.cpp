@@ -54,9 +54,6 @@ IMPLEMENT_TYPEINFO(DialogRoot, "ObjectBase", TypeInfo::eAttribute_Abstract);
 IMPLEMENT_OBJECT_TYPEINFO(DialogMiddle, "DialogRoot");
 IMPLEMENT_OBJECT_TYPEINFO(DialogLeaf, "DialogMiddle");
 
-unsigned int const kEscape = 0x29;
-unsigned int const kReturn = 0x28;
-
 } // namespace
 
 class DialogTest : public UITest {
@@ -68,14 +65,6 @@ protected:
         frame();
         return dialog;
     }
-    void press(unsigned int usage)
-    {
-        key(usage, true);
-        frame();
-        key(usage, false);
-        frame();
-    }
-    using UITest::press;
     void clickOn(UIBase* widget)
     {
         sPoint const p = widget->getAbsPosition();
@@ -115,8 +104,8 @@ TEST_F(DialogTest, ButtonsKeysAndTheCloseButtonAnswerOnce)
         unsigned int usage; // 0: the close button of the title bar
         char const* answer;
     } const cases[] = {
-        {"Return", UIDialog::eButtonMode_Ok, kReturn, "0"},
-        {"ESC", UIDialog::eButtonMode_OkCancel, kEscape, "3"},
+        {"Return", UIDialog::eButtonMode_Ok, kUsageReturn, "0"},
+        {"ESC", UIDialog::eButtonMode_OkCancel, kUsageEscape, "3"},
         {"close button", UIDialog::eButtonMode_YesNoCancel, 0, "3"},
     };
     for (auto const& c : cases) {
@@ -124,7 +113,7 @@ TEST_F(DialogTest, ButtonsKeysAndTheCloseButtonAnswerOnce)
         mAnswers.mAnswers.clear();
         UIMessageDialog* dialog = show(new UIMessageDialog("Title", "A message", c.mode, &mAnswers, &Answers::answer));
         if (c.usage != 0) {
-            press(c.usage);
+            type(c.usage);
         } else {
             clickOn(dialog->getCloseButton());
         }

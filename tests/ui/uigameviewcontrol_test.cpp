@@ -169,9 +169,6 @@ TEST_F(UITest, TheTextureZoomStopsAt4096AndAtItsMinimumSize)
 TEST_F(GameViewControlTest, ASelectedCoordinateUnitShowsItsHandlesAndDeselectionLeavesTheDirectionHandle)
 {
     CoordinateUnit* unit = new CoordinateUnit();
-    EXPECT_EQ(unit->getPosition(), sVector::Zero);
-    EXPECT_EQ(unit->getScale(), sVector::One);
-    EXPECT_EQ(unit->getOrientation(), sFixed::Zero);
     unit->setPosition(sVector(sFixed(10.75f), sFixed(3.5f)));
     unit->update(1.0f);
     EXPECT_EQ(unit->getPositionControl(), nullptr);

@@ -39,8 +39,6 @@ struct Calls {
     std::string mLog;
 };
 
-unsigned int const kLeftControl = 0xE0;
-
 } // namespace
 
 class ListTest : public UITest {
@@ -71,20 +69,12 @@ protected:
     }
     void ctrlTap(int x, int y)
     {
-        key(kLeftControl, true);
+        key(kUsageLeftControl, true);
         frame();
         tap(x, y);
-        key(kLeftControl, false);
+        key(kUsageLeftControl, false);
         frame();
     }
-    void press(unsigned int usage)
-    {
-        key(usage, true);
-        frame();
-        key(usage, false);
-        frame();
-    }
-    using UITest::press;
 
     ObjectList mItems;
     Calls mCalls;
@@ -107,15 +97,15 @@ TEST_F(ListTest, RowsArePickedByMouseAndKeysAndDecidedByDoubleClickOrReturn)
     EXPECT_EQ(mCalls.take(), "");
 
     // Down from no selection takes row 0; Up stops at 0; Down stops at the end.
-    press(0x51); // Down
-    press(0x52); // Up
+    type(kUsageDown);
+    type(kUsageUp);
     EXPECT_EQ(list->getSelectRow(), 0u);
     for (int i = 0; i < 6; ++i) {
-        press(0x51);
+        type(kUsageDown);
     }
     EXPECT_EQ(list->getSelectRow(), 4u);
     EXPECT_EQ(mCalls.take(), "s0 s1 s2 s3 s4 ");
-    press(0x28); // Return
+    type(kUsageReturn);
     EXPECT_EQ(mCalls.take(), "d4 ");
 
     // The second press within the double-click time decides.
@@ -181,7 +171,7 @@ TEST_F(ListTest, TheBarScrollsByThePixelAndTheRowsFollowIt)
     EXPECT_EQ(list->getSelectRow(), 2u);
     // Keys keep the selected row in view.
     for (int i = 0; i < 10; ++i) {
-        press(0x51);
+        type(kUsageDown);
     }
     EXPECT_EQ(list->getSelectRow(), 12u);
     EXPECT_EQ(bar->getBarPosition(), 13 * 16 - 82);

@@ -9,11 +9,6 @@ using namespace uitest;
 
 namespace {
 
-u32 const kUsageReturn = 0x28;
-u32 const kUsageEscape = 0x29;
-u32 const kUsageDown = 0x51;
-u32 const kUsageUp = 0x52;
-
 struct Actions {
     void a() { mFired += "a"; }
     void b() { mFired += "b"; }
@@ -25,13 +20,6 @@ struct Actions {
 
 class MenuTest : public UITest {
 protected:
-    void type(u32 usage)
-    {
-        key(usage, true);
-        frame();
-        key(usage, false);
-        frame();
-    }
     // The row of an open menu at the view's point for row index.
     static sPoint row(UIMenu const* menu, int index)
     {

@@ -4,7 +4,6 @@
 #include <functional>
 #include <string>
 
-#include "render/rendersystem.h"
 #include "tool/toolsystem.h"
 #include "ui/uipainter.h"
 #include "uitest.h"
@@ -25,25 +24,13 @@ public:
     std::function<void(UIPainter*)> mPaint;
 };
 
-std::vector<sDrawCommand const*> draws()
-{
-    std::vector<sDrawCommand const*> list;
-    for (sCommand* const* entry = RenderSystem::getInstance()->getSortedEntry(); (*entry)->mType != sCommand::eType_End;
-         ++entry) {
-        if ((*entry)->mType == sCommand::eType_Draw) {
-            list.push_back(static_cast<sDrawCommand const*>(*entry));
-        }
-    }
-    return list;
-}
-
 // The characters the font quads show, and where the first one stands:
 // "x,y:TEXT"; collapsed cells past the clip (alpha 0) are left out.
 std::string shownText()
 {
     std::string text;
     sPoint first(-1, -1);
-    for (sDrawCommand const* draw : draws()) {
+    for (sDrawCommand const* draw : recordedDraws()) {
         if (!draw->isTextured()) {
             continue;
         }
@@ -125,7 +112,7 @@ TEST_F(UITest, TextLeavesTheBlendModeAndFramesSitOnTheEdgeAndInside)
     frame();
     frame();
     std::string summary;
-    for (sDrawCommand const* draw : draws()) {
+    for (sDrawCommand const* draw : recordedDraws()) {
         char item[32];
         snprintf(item, sizeof(item), "%s%c%u b%u", summary.empty() ? "" : " ", "PLTQ"[draw->getPrimitiveType()],
                  draw->getVertexCount(), draw->getBlendMode());
@@ -134,7 +121,7 @@ TEST_F(UITest, TextLeavesTheBlendModeAndFramesSitOnTheEdgeAndInside)
     EXPECT_EQ(summary, "Q4 b1 Q4 b0 L16 b0") << "text blends, the rest keeps the widget's mode";
     std::string lines;
     UISystem const* ui = UISystem::getInstance();
-    for (sDrawCommand const* draw : draws()) {
+    for (sDrawCommand const* draw : recordedDraws()) {
         if (draw->getPrimitiveType() != ePrimitiveType_Line) {
             continue;
         }

@@ -17,12 +17,6 @@ using namespace uitest;
 
 namespace {
 
-// HID usages.
-u32 const kUsageS = 22;
-u32 const kUsageLeftShift = 225;
-u32 const kUsageLeftAlt = 226;
-u32 const kUsageLeftGUI = 227;
-
 sVector sEdited;
 
 // A 20 by 20 handle around its position, in its view's coordinates.

@@ -171,6 +171,18 @@ public:
 
 } // namespace
 
+std::vector<sDrawCommand const*> recordedDraws()
+{
+    std::vector<sDrawCommand const*> list;
+    for (sCommand* const* entry = RenderSystem::getInstance()->getSortedEntry(); (*entry)->mType != sCommand::eType_End;
+         ++entry) {
+        if ((*entry)->mType == sCommand::eType_Draw) {
+            list.push_back(static_cast<sDrawCommand const*>(*entry));
+        }
+    }
+    return list;
+}
+
 ScriptedClock& UITest::clock()
 {
     return sClock;
@@ -238,6 +250,21 @@ void UITest::release(int x, int y, u16 button)
 void UITest::key(u32 usage, bool down)
 {
     platform::hidSetScriptedKeyState(usage, down);
+}
+
+void UITest::type(u32 usage, u32 modifier)
+{
+    if (modifier != 0) {
+        key(modifier, true);
+    }
+    key(usage, true);
+    frame();
+    key(usage, false);
+    frame();
+    if (modifier != 0) {
+        key(modifier, false);
+        frame();
+    }
 }
 
 void UITest::click(int x, int y, u16 button)

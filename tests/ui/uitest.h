@@ -11,11 +11,17 @@
 
 #include "app/application.h"
 #include "app/systemmanager.h"
+#include "render/rendersystem.h"
 #include "ui/uibase.h"
 #include "ui/uisystem.h"
 #include "ui/uiwindow.h"
 
 namespace uitest {
+
+// HID usages of the keys the tests press.
+u32 const kUsageA = 4, kUsageS = 22, kUsage1 = 30, kUsage0 = 39, kUsageReturn = 40, kUsageEscape = 41,
+          kUsageSpace = 44, kUsageMinus = 45, kUsagePeriod = 55, kUsageF4 = 61, kUsageDown = 81, kUsageUp = 82,
+          kUsageLeftControl = 224, kUsageLeftShift = 225, kUsageLeftAlt = 226, kUsageLeftGUI = 227;
 
 class ScriptedClock : public Application::Clock {
 public:
@@ -62,6 +68,9 @@ public:
     unsigned int mShortcutKey = 0;
 };
 
+// The draw commands of the last replayed frame, in replay order.
+std::vector<sDrawCommand const*> recordedDraws();
+
 class UITest : public testing::Test {
 protected:
     void SetUp() override;
@@ -74,6 +83,8 @@ protected:
     void press(int x, int y, u16 button = 1);
     void release(int x, int y, u16 button = 1);
     void key(u32 usage, bool down);
+    // A key pressed for a frame and released, with a modifier held around it.
+    void type(u32 usage, u32 modifier = 0);
     // press, frame, release, frame.
     void click(int x, int y, u16 button = 1);
     // A click a second after the last one, so that it is never a double click.

@@ -11,8 +11,6 @@ using namespace uitest;
 
 namespace {
 
-u32 const kUsageF4 = 0x3D;
-u32 const kUsageLeftAlt = 0xE2;
 unsigned int const kEveryAttribute =
     UIWindow::eWindowAttribute_TitleBar | UIWindow::eWindowAttribute_Movable | UIWindow::eWindowAttribute_Sizable;
 
