@@ -123,8 +123,6 @@ TEST_F(WindowTest, TheDesktopMenuListsItsRowsInOrderAndABareWindowHasADisabledSy
     EXPECT_EQ(menu->getSize(), sSize(120, 120));
 
     UIWindow bare;
-    EXPECT_EQ(bare.getPosition(), sPoint(16, 16));
-    EXPECT_EQ(bare.getMinimumSize(), sSize(64, 64));
     for (char const* name : {"Minimize", "Maximize", "Close"}) {
         EXPECT_FALSE(bare.getMenu()->isItemEnabled(name)) << name;
     }
