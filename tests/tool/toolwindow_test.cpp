@@ -221,8 +221,6 @@ TEST_F(ToolWindowTest, CreateToolAndTheViewersLetGoOfWhatEnds)
     EXPECT_EQ(note->getRefCount(), 1);
     delete viewer;
     note->release();
-    TextureViewerWindow textureViewer;
-    EXPECT_EQ(textureViewer.getTextureSize(), sSize(0, 0));
 
     // A killed unit empties its viewer at the next update, a deleted one at
     // once; the title stays.
