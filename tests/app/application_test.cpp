@@ -6,8 +6,6 @@
 #include <vector>
 
 #include "app/application.h"
-#include "app/systemmanager.h"
-#include "foundation/memorymanager.h"
 
 namespace {
 
@@ -189,13 +187,11 @@ TEST_F(ApplicationTest, FixedModeSleepsUntilTheNextFrameLessOneMillisecond)
     EXPECT_EQ(clock.mSleeps.size(), 1u);
 }
 
-TEST_F(ApplicationTest, ConstructionMakesPathsAndManagers)
+TEST_F(ApplicationTest, ConstructionMakesTheWindowAndThePaths)
 {
     PacedApp& app = launch();
     EXPECT_EQ(Application::getInstance(), &app);
     ASSERT_NE(app.getWindowHandle(), nullptr);
-    ASSERT_NE(MemoryManager::getInstance(), nullptr);
-    ASSERT_NE(SystemManager::getInstance(), nullptr);
     std::string const root = app.getRootPath();
     ASSERT_GE(root.size(), 11u);
     EXPECT_EQ(root.substr(root.size() - 11), "/resources/");
