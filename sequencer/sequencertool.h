@@ -345,6 +345,9 @@ public:
     // The widgets into the group, which is shown; the list is emptied.
     void fill(UIGroup* group, List<UIBase>& widgets);
 
+    // The groups over the whole form.
+    void update(float deltaTime) override;
+    void eventPaint(UIPainter* painter) override;
     void eventBeginEdit() override;
     void eventEndEdit() override;
     void eventKeyDown(unsigned int, unsigned int) override { delegate(); }

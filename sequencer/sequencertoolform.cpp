@@ -725,6 +725,18 @@ void SequencerTool::ControlForm::setControlList(u32 trackIndex)
     fill(mpControlGroup, widgets);
 }
 
+void SequencerTool::ControlForm::update(float deltaTime)
+{
+    setClientRegion(sRect(getSize()));
+    UIForm::update(deltaTime);
+}
+
+void SequencerTool::ControlForm::eventPaint(UIPainter* painter)
+{
+    UIForm::eventPaint(painter);
+    drawBorder(painter);
+}
+
 void SequencerTool::ControlForm::eventBeginEdit()
 {
     mpTool->eventBeginEdit();

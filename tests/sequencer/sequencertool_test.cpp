@@ -96,6 +96,11 @@ TEST_F(SequencerToolTest, CommandsWithoutTheirSelectionDoNothing)
     mResources.push_back(empty);
     SequencerTool* tool = open(empty);
     EXPECT_EQ(tool->getResource(), empty);
+    // The class ToolSystem::createTool finds for a sequence, which the
+    // resource window's "New" can make.
+    EXPECT_EQ(tool->getResourceTypeInfo(), SequencerResourceIntermediate::getStaticTypeInfo());
+    EXPECT_STREQ(tool->getFilterName(), "Sequencer Resource");
+    EXPECT_TRUE(empty->checkAttribute(ResourceBase::eAttribute_Creatable));
     for (auto command : needSelection) {
         (tool->*command)();
         tool->update(0.0f);
@@ -261,6 +266,26 @@ TEST_F(SequencerToolTest, ScrubbingWheelAndTargetMarkersMoveTheCurrentFrame)
     ASSERT_GT(timeline->getSize().width, 64u);
     int const width = static_cast<int>(timeline->getSize().width);
 
+    // Where a person (or a window scenario) finds things, from the window's
+    // top left: the four fields, the rows under the ruler, the control form.
+    tool->updateRegion(sRect(0, 0, 1024, 768), sRect(0, 0, 1024, 768));
+    auto at = [tool](UIBase const* widget) { return widget->getAbsPosition() - tool->getAbsPosition(); };
+    List<UIBase>::Iterator field = tool->getTopForm()->getClientHolder()->getChildrenBegin();
+    for (int i = 0; i < 4; ++i, ++field) {
+        EXPECT_EQ(at(*field), sPoint(6 + 68 * i, 20)) << i;
+    }
+    SequencerTool::UITrack const* row = form->getTrack(0);
+    struct {
+        UIBase const* widget;
+        sPoint place;
+    } const places[] = {{form->getMarker()->mpInfo, sPoint(2, 84)},   {form->getMarker()->mpSequence, sPoint(98, 84)},
+                        {row->mpInfo, sPoint(2, 108)},                {row->mpSequence, sPoint(98, 108)},
+                        {row->mLanes[1]->mpSequence, sPoint(98, 157)}, {tool->getControlForm(), sPoint(386, 52)}};
+    for (auto const& place : places) {
+        EXPECT_EQ(at(place.widget), place.place);
+    }
+    EXPECT_EQ(tool->getControlForm()->getClientHolder()->getSize(), tool->getControlForm()->getSize());
+
     // A press on the ruler seeks; the pointer left of the form steps back by
     // 1, by 5 beyond 32 pixels, and stops at frame 0.
     timeline->sendMessage(UIMouseDownMessage(sPoint(12, 4), 1));
@@ -363,7 +388,12 @@ TEST_F(SequencerToolTest, ADamagedSequenceOpensWithATraceAndTheToolStaysUsable)
         tool->update(0.0f);
         EXPECT_EQ(form->getTrackCount(), loaded->getTrackList().size());
         EXPECT_EQ(loaded->getMarkerNum(), 1u);
+        // Changed: closing asks first.
         tool->close();
+        mpUI->preprocess();
+        ASSERT_NE(static_cast<UIWindow*>(mpUI->getWindowList()[0]), static_cast<UIWindow*>(tool));
+        EXPECT_STREQ(static_cast<UIWindow*>(mpUI->getWindowList()[0])->getTitle().c_str(), "Causion");
+        mpUI->removeAllWindow();
         mpUI->postprocess();
     }
 }
