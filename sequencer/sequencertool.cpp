@@ -1031,6 +1031,7 @@ void SequencerTool::seekNextTargetMarker()
         }
     }
     if (found != nullptr) {
+        mpSequencer->stop();
         mpSequencer->seek(found->mFrame);
         setSelectMarker(found);
     }
@@ -1050,6 +1051,7 @@ void SequencerTool::seekPreviousTargetMarker()
         }
     }
     if (found != nullptr) {
+        mpSequencer->stop();
         mpSequencer->seek(found->mFrame);
         setSelectMarker(found);
     }

@@ -211,6 +211,8 @@ public:
     void update(float deltaTime) override;
     void eventPaint(UIPainter* painter) override;
     void eventKeyDown(unsigned int, unsigned int) override { delegate(); }
+    // The splitter above would stop it: straight to the track form.
+    void eventMouseWheel(sPoint const& amount) override;
 
 protected:
     TrackForm* mpTrackForm;

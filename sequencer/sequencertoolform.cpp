@@ -11,6 +11,7 @@
 #include "sequencer/sequencerresource.h"
 #include "sequencer/sequencertool.h"
 #include "ui/uicontrol.h"
+#include "ui/uimessage.h"
 #include "ui/uipainter.h"
 #include "ui/uiscrollbar.h"
 #include "ui/uisystem.h"
@@ -377,6 +378,11 @@ void SequencerTool::HeaderForm::update(float deltaTime)
 void SequencerTool::HeaderForm::eventPaint(UIPainter* painter)
 {
     drawBorder(painter);
+}
+
+void SequencerTool::HeaderForm::eventMouseWheel(sPoint const& amount)
+{
+    mpTrackForm->sendMessage(UIMouseWheelMessage(amount));
 }
 
 SequencerTool::SequenceForm::SequenceForm(TrackForm* form) : HeaderForm(form), mPointer(0, 0), mScrubbing(false) {}

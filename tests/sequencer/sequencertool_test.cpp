@@ -312,8 +312,8 @@ TEST_F(SequencerToolTest, ScrubbingWheelAndTargetMarkersMoveTheCurrentFrame)
     timeline->sendMessage(UIMouseUpMessage(sPoint(width + 40, 4), 1));
     EXPECT_FALSE(timeline->isScrubbing());
 
-    // The wheel's amounts come off the scroll position.
-    form->sendMessage(UIMouseWheelMessage(sPoint(-30, 0)));
+    // The wheel's amounts come off the scroll position, over a row as well.
+    row->mLanes[0]->mpSequence->sendMessage(UIMouseWheelMessage(sPoint(-30, 0)));
     EXPECT_EQ(form->getScrollPosition(), 30);
     form->sendMessage(UIMouseWheelMessage(sPoint(100, 0)));
     EXPECT_EQ(form->getScrollPosition(), 0);
