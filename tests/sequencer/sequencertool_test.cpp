@@ -341,6 +341,30 @@ TEST_F(SequencerToolTest, ScrubbingWheelAndTargetMarkersMoveTheCurrentFrame)
     tool->findShortcut(167, 4)->shortcut(tool);
     EXPECT_FALSE(tool->getSequencer()->isPlaying());
     EXPECT_EQ(tool->getCurrentFrame(), 400u);
+
+    // A rectangle dragged over the marker row selects the first marker in
+    // its span, or none; a press clears the selection.
+    UIBase* markers = form->getMarker()->mpSequence;
+    markers->sendMessage(UIMouseDownMessage(sPoint(30, 5), 1));
+    EXPECT_EQ(tool->getSelectMarker(), nullptr);
+    EXPECT_TRUE(tool->isMarkerTrackSelected());
+    struct {
+        int x;
+        char const* marker;
+    } const drags[] = {{70, "a"}, {35, nullptr}, {10, nullptr}, {100, "a"}};
+    for (auto const& drag : drags) {
+        markers->sendMessage(UIMouseMoveMessage(sPoint(drag.x, 9)));
+        EXPECT_EQ(tool->getSelectMarker(), drag.marker ? sequence->findMarker(drag.marker) : nullptr) << drag.x;
+    }
+    markers->sendMessage(UIMouseUpMessage(sPoint(100, 9), 1));
+
+    // The box at the left of a track's name folds its lanes away.
+    row->mpInfo->sendMessage(UIMouseDownMessage(sPoint(4, 20), 1));
+    EXPECT_FALSE(row->mExtractedLane);
+    EXPECT_EQ(row->getHeight(), 24u);
+    row->mpInfo->sendMessage(UIMouseDownMessage(sPoint(40, 20), 1));
+    EXPECT_EQ(tool->getSelectTrack(), sequence->findTrack("p"));
+    EXPECT_FALSE(tool->isMarkerTrackSelected());
 }
 
 TEST_F(SequencerToolTest, ADamagedSequenceOpensWithATraceAndTheToolStaysUsable)
