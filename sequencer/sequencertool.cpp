@@ -7,6 +7,7 @@
 #include "reflection/control.h"
 #include "reflection/property.h"
 #include "resource/resourcebase.h"
+#include "resource/resourcesystem.h"
 #include "sequencer/sequencer.h"
 #include "sequencer/sequencerresource.h"
 #include "ui/uicontrol.h"
@@ -153,6 +154,15 @@ void SequencerTool::eventCreate()
     mpSequencer = static_cast<Sequencer*>(type->newInstance());
     if (mpSequencer != nullptr) {
         mpSequencer->setResource(mpResource);
+    }
+    // A tool opened without a file starts a new, unnamed sequence, as the
+    // resource window's "New" does, so that its commands have something to
+    // work on.
+    if (mpResource == nullptr && ResourceSystem::getInstance() != nullptr) {
+        if (ResourceBase* fresh = ResourceSystem::getInstance()->createResource(nullptr, getResourceTypeInfo())) {
+            setManagedResource(fresh);
+            fresh->release();
+        }
     }
 }
 

@@ -217,6 +217,13 @@ menu_bar() {
   click_at "$1" 8
   click_at $(( $1 + 10 )) $((16 + 4 + 14 * $2 + 7))
 }
+# main_menu ITEM ROW: the same, the item found by its index in the bar.
+main_menu() {
+  local r
+  r=($(region_of "UISystem::mpInstance->mpMainMenu->mItems.mpData[$1]->mRegion"))
+  [ "${#r[@]}" = 4 ] || fail "no main menu item $1"
+  menu_bar $((r[0] + 6)) "$2"
+}
 # type_text TEXT: typed as a user would, capitals with Shift. The toolkit's
 # fields take "_" from Shift and the backslash key, as its key map has it.
 type_text() {
