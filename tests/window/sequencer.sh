@@ -26,14 +26,6 @@ unit="((CoordinateUnit*)$tool->mpSequencer->mpTrackArray[0].mpObject)"
 track="$tool->mpTrackForm->mTracks.mpData[0]"
 lane="$track->mLanes.mpData[0]"
 keys="((SequencerLane*)((SequencerTrack*)$tool->mpResource->mTrackList.mList.mpFirst->mpValue)->mLaneList.mList.mpFirst->mpValue)->mKeyList.mList"
-# set_field EXPRESSION TEXT: a click in the field, its text selected and
-# typed over, Return to end the edit.
-set_field() {
-  click_in "$1" 12 8
-  type_keys End shift+Home
-  type_text "$2"
-  type_keys Return
-}
 # open_tool: "Tool", "SequencerTool", "Ok".
 open_tool() {
   desktop_menu 5
@@ -41,14 +33,6 @@ open_tool() {
   dialog_enter UIPlaneObjectDialog SequencerTool
   windows_open 1
   expect_state "$(text_of "$tool->mTitle")" '"Sequencer Tool"' contains
-}
-# dialog_enter CLASS TEXT: the front dialog's name field typed in and "Ok".
-dialog_enter() {
-  sleep 0.3
-  dialog_click 100 202
-  type_text "$2"
-  wait_for_state "$(text_of "$(front "$1")->mText")" "\"$2\"" contains
-  dialog_click 280 202
 }
 # expect_position X Y: what the Position control shows, the unit's value.
 expect_position() {
