@@ -217,6 +217,29 @@ menu_bar() {
   click_at "$1" 8
   click_at $(( $1 + 10 )) $((16 + 4 + 14 * $2 + 7))
 }
+# main_menu ITEM ROW: the same, the item found by its index in the bar.
+main_menu() {
+  local r
+  r=($(region_of "UISystem::mpInstance->mpMainMenu->mItems.mpData[$1]->mRegion"))
+  [ "${#r[@]}" = 4 ] || fail "no main menu item $1"
+  menu_bar $((r[0] + 6)) "$2"
+}
+# set_field EXPRESSION TEXT: a click in the field, its text selected and
+# typed over, Return to end the edit.
+set_field() {
+  click_in "$1" 12 8
+  type_keys End shift+Home
+  type_text "$2"
+  type_keys Return
+}
+# dialog_enter CLASS TEXT: the front dialog's name field typed in and "Ok".
+dialog_enter() {
+  sleep 0.3
+  dialog_click 100 202
+  type_text "$2"
+  wait_for_state "$(text_of "$(front "$1")->mpTextControl->mText")" "\"$2\"" contains
+  dialog_click 280 202
+}
 # type_text TEXT: typed as a user would, capitals with Shift. The toolkit's
 # fields take "_" from Shift and the backslash key, as its key map has it.
 type_text() {
