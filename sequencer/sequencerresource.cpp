@@ -18,6 +18,7 @@
 #include "serial/stream.h"
 #include "serial/xmlreader.h"
 #include "serial/xmlwriter.h"
+#include "ui/uicontrol.h"
 
 IMPLEMENT_TYPEINFO(SequencerKey, "ObjectBase", TypeInfo::eAttribute_Abstract);
 IMPLEMENT_OBJECT_TYPEINFO(SequencerLane, "ObjectBase");
@@ -262,6 +263,46 @@ void SequencerUniqueKey<T>::makePropertyList(PropertyList& list)
     list.add(new ReferenceProperty<T>("parameter", &mParameter));
 }
 
+namespace {
+
+sEnumInfo const kInterpolateTypeNames[] = {{"CONSTANT", 0}, {"LINEAR", 1}, {"HERMITE", 2}, {"TRIGGER", 3}};
+sEnumInfo const kMarkerTypeNames[] = {{"TARGET", 0}, {"JUMP TARGET", 1}, {"JUMP FRAME", 2}};
+
+void addWidget(List<UIBase>& list, ControlBase* control)
+{
+    if (UIBase* widget = Utils::makeUIFromControl(control)) {
+        list.addLast(widget);
+    }
+}
+
+} // namespace
+
+void SequencerKey::makeUIList(List<UIBase>& list)
+{
+    ObjectBase::makeUIList(list);
+    uNumeric minimum;
+    uNumeric maximum;
+    minimum.mU64 = 0;
+    maximum.mU64 = 0;
+    maximum.mU16 = static_cast<u16>(SequencerResource::FrameMask);
+    UIControl* frame = new UIParameterControl(new ReferenceProperty<u16>("frame", &mFrame), minimum, maximum, false,
+                                              UIControl::NoIndex, UIControl::eMode_Decimal);
+    frame->setDefaultSize();
+    list.addLast(frame);
+    UIControl* type = new UIEnumControl(new ReferenceProperty<u8>("interpolate_type", &mInterpolateType),
+                                        kInterpolateTypeNames, 4, mTriggerOnly != 0, UIControl::NoIndex);
+    type->setDefaultSize();
+    list.addLast(type);
+}
+
+template <typename T>
+void SequencerUniqueKey<T>::makeUIList(List<UIBase>& list)
+{
+    SequencerKey::makeUIList(list);
+    PropertyControl control(new ReferenceProperty<T>(getControlName().c_str(), &mParameter));
+    addWidget(list, &control);
+}
+
 SequencerUniqueKey<ResourceBase>::~SequencerUniqueKey()
 {
     setResource(nullptr);
@@ -279,6 +320,17 @@ void SequencerUniqueKey<ResourceBase>::setResource(ResourceBase* resource)
         mpResource->release();
     }
     mpResource = resource;
+}
+
+void SequencerUniqueKey<ResourceBase>::makeUIList(List<UIBase>& list)
+{
+    SequencerKey::makeUIList(list);
+    TypeInfo const* type = TypeInfo::find(mResourceTypeID);
+    if (type == nullptr || !type->isDerivedFrom(ResourceBase::getStaticTypeInfo())) {
+        type = ResourceBase::getStaticTypeInfo();
+    }
+    PropertyControl control(new ResourceProperty(getControlName().c_str(), type, &mpResource), type);
+    addWidget(list, &control);
 }
 
 void SequencerUniqueKey<ResourceBase>::makePropertyList(PropertyList& list)
@@ -387,6 +439,19 @@ void SequencerMarker::makePropertyList(PropertyList& list)
     list.add(new ReferenceProperty<bool>("reset", &mReset));
     list.add(new ReferenceProperty<u16>("target_frame", &mTargetFrame));
     list.add(new ReferenceProperty<AutoString>("target_marker_name", &mTargetMarkerName));
+}
+
+void SequencerMarker::makeControlList(List<ControlBase>& list)
+{
+    ObjectBase::makeControlList(list);
+    u16 const last = static_cast<u16>(SequencerResource::FrameMask);
+    list.addLast(new PropertyControl(new ReferenceProperty<AutoString>("marker_name", &mMarkerName)));
+    list.addLast(new PropertyControl(new ReferenceProperty<u16>("frame", &mFrame), u16(0), last));
+    list.addLast(new PropertyControl(new ReferenceProperty<u8>("marker_type", &mMarkerType), kMarkerTypeNames, 3));
+    list.addLast(new PropertyControl(new ReferenceProperty<u8>("initial_count", &mInitialCount)));
+    list.addLast(new PropertyControl(new ReferenceProperty<bool>("reset", &mReset)));
+    list.addLast(new PropertyControl(new ReferenceProperty<u16>("target_frame", &mTargetFrame), u16(0), last));
+    list.addLast(new PropertyControl(new ReferenceProperty<AutoString>("target_marker_name", &mTargetMarkerName)));
 }
 
 // ---------------------------------------------------------------------------

@@ -63,6 +63,9 @@ public:
     virtual unsigned int getParameterSize() const = 0;
 
     void makePropertyList(PropertyList& list) override;
+    // "frame" (0 to 4095) and "interpolate_type", read-only for a key that
+    // only triggers; the value's widget follows in the key classes.
+    void makeUIList(List<UIBase>& list) override;
 
     u16 getFrame() const { return mFrame; }
     void setFrame(u16 frame) { mFrame = frame; }
@@ -96,6 +99,8 @@ public:
     void copyParameter(void* target) const override { memcpy(target, &mParameter, sizeof(T)); }
     unsigned int getParameterSize() const override { return sizeof(T); }
     void makePropertyList(PropertyList& list) override;
+    // The value, labelled with the lane's control name.
+    void makeUIList(List<UIBase>& list) override;
 
     T const& get() const { return mParameter; }
 
@@ -129,6 +134,7 @@ public:
     void copyParameter(void*) const override {}
     unsigned int getParameterSize() const override { return 0; }
     void makePropertyList(PropertyList& list) override;
+    void makeUIList(List<UIBase>& list) override;
 
     ResourceBase* getResource() const { return mpResource; }
     void setResource(ResourceBase* resource);
@@ -184,6 +190,7 @@ public:
     SequencerMarker() : mMarkerType(0), mInitialCount(0), mFrame(0), mTargetFrame(0), mReset(false) {}
 
     void makePropertyList(PropertyList& list) override;
+    void makeControlList(List<ControlBase>& list) override;
 
     AutoString mMarkerName;
     AutoString mTargetMarkerName;
