@@ -804,7 +804,10 @@ void AnimationView::eventPaint(UIPainter* painter)
     sPoint const m = getCenter();
     sMatrix const matrix(sVector(sFixed(zoom, 16), sFixed(zoom, 16)), sFixed::Zero, toVector(m));
     eBlendMode const previous = painter->getBlendMode();
-    drawAnimation(painter, sequencer, matrix, sColorF::White);
+    // The root shows the texture the resource names now: a texture chosen in
+    // the texture form shows before the player takes the animation again.
+    AnimResource const* edited = mpHost->getViewResource();
+    drawAnimation(painter, sequencer, (edited != nullptr) ? edited->getTexture() : nullptr, matrix, sColorF::White);
     painter->setTexture(nullptr);
     painter->setBlendMode(previous);
     if (isGrid()) {
@@ -832,10 +835,12 @@ void AnimationView::eventPaint(UIPainter* painter)
 // Cells as textured quads and generators as one quad per live particle,
 // placed as the game places them but for the division of a generator's axes
 // by its box's extent, which is left out here.
-void AnimationView::drawAnimation(UIPainter* painter, AnimSequencer const* sequencer, sMatrix const& matrix,
-                                  sColorF const& parent) const
+void AnimationView::drawAnimation(UIPainter* painter, AnimSequencer const* sequencer,
+                                  TextureResource const* resource, sMatrix const& matrix, sColorF const& parent) const
 {
-    TextureResource const* resource = sequencer->getTexture();
+    if (resource == nullptr) {
+        resource = sequencer->getTexture();
+    }
     Texture* texture = (resource != nullptr) ? resource->getTexture() : nullptr;
     sColorF const color = sColorF(sequencer->getColor()) * parent;
     sVector const unitX(sFixed::One, sFixed::Zero);
@@ -847,7 +852,7 @@ void AnimationView::drawAnimation(UIPainter* painter, AnimSequencer const* seque
         if (isSequencer(object)) {
             AnimSequencer const* nested = static_cast<AnimSequencer const*>(object);
             sMatrix const local(sVector::One, nested->getOrientation(), toVector(nested->getPosition()));
-            drawAnimation(painter, nested, matrix * local, color);
+            drawAnimation(painter, nested, nullptr, matrix * local, color);
             continue;
         }
         if (texture == nullptr) {

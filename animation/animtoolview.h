@@ -227,8 +227,9 @@ private:
     void resizeCanvas();
     void scrollTo(sPoint const& canvasPoint);
 
-    void drawAnimation(UIPainter* painter, AnimSequencer const* sequencer, sMatrix const& matrix,
-                       sColorF const& parent) const;
+    // texture: the root's, null to take the sequencer's.
+    void drawAnimation(UIPainter* painter, AnimSequencer const* sequencer, TextureResource const* texture,
+                       sMatrix const& matrix, sColorF const& parent) const;
     void drawGrid(UIPainter* painter) const;
     void drawCurve(UIPainter* painter, SequencerTrack const* track) const;
     void drawHermiteCurve(UIPainter* painter, SequencerLane const* lane, u32 index, sColor color) const;

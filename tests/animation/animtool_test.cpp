@@ -1,16 +1,19 @@
-// The animation editor's views: dragging primitives in the animation view,
-// picking rectangles on the texture, the context menus and the path of a
-// "Position" lane. The views are driven through their messages over an
-// animation played by a real AnimSequencer; a stand-in host plays the part
-// of the tool's selection.
+// The animation editor: its views (dragging primitives in the animation
+// view, picking rectangles on the texture, the context menus and the path of
+// a "Position" lane), driven through their messages over an animation played
+// by a real AnimSequencer with a stand-in host for the tool's selection; and
+// the tool itself, keying a dragged cell.
 #include <gtest/gtest.h>
 
+#include "animation/animtool.h"
 #include "animation/animtoolview.h"
 #include "animtest.h"
 #include "resource/textureresource.h"
 #include "sequencer/sequencerresource.h"
+#include "tool/toolsystem.h"
 #include "ui/uimenu.h"
 #include "ui/uimessage.h"
+#include "ui/uisystem.h"
 
 namespace {
 
@@ -360,4 +363,91 @@ TEST_F(AnimToolViewTest, TheHermitePathStartsAndEndsOnItsKeysAndBendsByTheKeyBef
     for (int i = 0; i <= AnimationView::kHermiteSteps; ++i) {
         EXPECT_EQ(points[i], sPoint(x[i], 0)) << i;
     }
+}
+
+class AnimToolTest : public AnimTest {
+protected:
+    void SetUp() override
+    {
+        AnimTest::SetUp();
+        mpTools = ToolSystem::create();
+        mpUI = UISystem::create();
+    }
+    void TearDown() override
+    {
+        mpUI->removeAllWindow();
+        mpUI->destroy();
+        mpTools->destroy();
+        AnimTest::TearDown();
+    }
+
+    ToolSystem* mpTools = nullptr;
+    UISystem* mpUI = nullptr;
+};
+
+TEST_F(AnimToolTest, ACellDraggedInTheViewIsKeyedWhereItWasLeft)
+{
+    TextureResource* sheet = load<TextureResource>("anim/walk_sheet");
+    AnimResource* animation = makeAnimation(60);
+    animation->setTexture(sheet);
+    addTrack(animation, "cell", AnimCell::getStaticTypeInfo(), {"Position", "Size"});
+    addKey(animation, "cell", "Position", 0, sPoint(0, 0), SequencerResource::eInterpolateType_Linear);
+    addKey(animation, "cell", "Size", 0, sSize(16, 16));
+    runFrame();
+
+    // The editor that the resource window opens for an animation.
+    ToolBase* made = mpTools->createTool(AnimResource::getStaticTypeInfo());
+    ASSERT_NE(made, nullptr);
+    ASSERT_EQ(made->getTypeInfo(), AnimTool::getStaticTypeInfo());
+    AnimTool* tool = static_cast<AnimTool*>(made);
+    EXPECT_STREQ(tool->getTitle().c_str(), "Animation Tool");
+    EXPECT_STREQ(tool->getFilterName(), "Animation Resource");
+    EXPECT_EQ(tool->getSize(), sSize(512, 512));
+    EXPECT_EQ(tool->getRootTypeInfo(), AnimPrimitive::getStaticTypeInfo());
+    tool->setManagedResource(animation);
+    mpUI->addWindow(tool);
+    mpUI->preprocess();
+    tool->update(0.0f);
+    tool->update(0.0f);
+    AnimSequencer* sequencer = tool->getAnimSequencer();
+    ASSERT_NE(sequencer, nullptr);
+    EXPECT_EQ(sequencer->getTexture(), sheet);
+    EXPECT_EQ(tool->getAnimResource(), animation);
+
+    // Views above, the timeline below; the animation left of the texture.
+    UISplitter* outer = tool->getOuterSplitter();
+    EXPECT_EQ(outer->getParent(), tool->getClientHolder());
+    EXPECT_EQ(tool->getViewSplitter()->getParent(), outer);
+    EXPECT_EQ(tool->getSplitter()->getParent(), outer);
+    EXPECT_EQ(outer->getPosition().y, SequencerTool::kTopFormHeight);
+    EXPECT_GT(tool->getAnimationForm()->getSize().width, 0u);
+    EXPECT_GT(tool->getTextureForm()->getSize().width, 0u);
+    EXPECT_GT(tool->getSplitter()->getSize().height, 0u);
+
+    // At frame 10, select the lane, drag the cell by (30, -20) and key it.
+    tool->setCurrentFrame(10);
+    tool->setSelectLane(animation->findLane("cell", "Position"));
+    ASSERT_EQ(tool->getSelectTrack(), animation->findTrack("cell"));
+    AnimationView* view = tool->getAnimationForm()->getView();
+    sPoint const m = view->getCenter();
+    drag(view, m, m + sPoint(30, -20));
+    AnimCell* cell = trackObject<AnimCell>(*sequencer, 0);
+    ASSERT_NE(cell, nullptr);
+    EXPECT_EQ(cell->getPosition(), sPoint(30, -20));
+    EXPECT_EQ(animation->findKey("cell", "Position", 10), nullptr); // the drag keyed nothing
+    tool->eventAddKey();
+    SequencerKey* key = animation->findKey("cell", "Position", 10);
+    ASSERT_NE(key, nullptr);
+    sPoint keyed;
+    key->copyParameter(&keyed);
+    EXPECT_EQ(keyed, sPoint(30, -20));
+    EXPECT_EQ(tool->getSelectKey(), key);
+
+    // Played halfway back from the key: the cell follows the line.
+    tool->update(0.0f);
+    tool->setCurrentFrame(5);
+    tool->update(0.0f);
+    cell = trackObject<AnimCell>(*sequencer, 0);
+    ASSERT_NE(cell, nullptr);
+    EXPECT_EQ(cell->getPosition(), sPoint(15, -10));
 }
