@@ -1106,7 +1106,8 @@ void AnimationView::drawFrame(UIPainter* painter, ObjectBase const* object, sCol
 // ---------------------------------------------------------------------------
 // [SECTION] AnimationForm
 
-AnimationForm::AnimationForm(AnimViewHost* host) : UIForm(UIForm::eFormAttribute_ScrollBar), mpView(nullptr)
+AnimationForm::AnimationForm(AnimViewHost* host)
+    : UIForm(UIForm::eFormAttribute_ScrollBar), mpView(nullptr), mCentred(false)
 {
     mpView = new AnimationView(host, this);
     addClient(mpView);
@@ -1116,4 +1117,12 @@ void AnimationForm::update(float deltaTime)
 {
     setClientRegion(sRect(getSize()));
     UIForm::update(deltaTime);
+    // A form not yet sized has bars of no room, whose range wraps below 0.
+    sSize const range = getScrollBarRange();
+    if (!mCentred && static_cast<int>(range.width) > 0 && static_cast<int>(range.height) > 0) {
+        mCentred = true;
+        sPoint const middle = mpView->getCenter();
+        setScrollBarPosition(sPoint(middle.x - static_cast<int>(range.width) / 2,
+                                    middle.y - static_cast<int>(range.height) / 2));
+    }
 }

@@ -249,8 +249,11 @@ public:
 
     AnimationView* getView() const { return mpView; }
 
+    // Fills the form; at the first layout that shows the bars, scrolls the
+    // animation's origin into the middle.
     void update(float deltaTime) override;
 
 private:
     AnimationView* mpView;
+    bool mCentred;
 };

@@ -423,6 +423,11 @@ TEST_F(AnimToolTest, ACellDraggedInTheViewIsKeyedWhereItWasLeft)
     EXPECT_GT(tool->getAnimationForm()->getSize().width, 0u);
     EXPECT_GT(tool->getTextureForm()->getSize().width, 0u);
     EXPECT_GT(tool->getSplitter()->getSize().height, 0u);
+    // The animation's origin opens in the middle of its view.
+    AnimationForm* form = tool->getAnimationForm();
+    sSize const range = form->getScrollBarRange();
+    EXPECT_EQ(form->getScrollBarPosition() + sPoint(static_cast<int>(range.width) / 2, static_cast<int>(range.height) / 2),
+              form->getView()->getCenter());
 
     // At frame 10, select the lane, drag the cell by (30, -20) and key it.
     tool->setCurrentFrame(10);
