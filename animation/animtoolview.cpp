@@ -334,7 +334,8 @@ void TextureView::eventKeyDown(unsigned int key, unsigned int combination)
         break;
     }
     ObjectBase* object = getPickObject();
-    if (object == nullptr) {
+    // With Option or Command the arrows are the tool's (seeking to markers).
+    if (object == nullptr || (combination & ~kShift) != 0) {
         delegate();
         return;
     }
@@ -731,7 +732,8 @@ void AnimationView::eventKeyDown(unsigned int key, unsigned int combination)
         break;
     }
     ObjectBase* object = (mpHost != nullptr) ? mpHost->getSelectObject() : nullptr;
-    if (!isPrimitive(object)) {
+    // With Option or Command the arrows are the tool's (seeking to markers).
+    if (!isPrimitive(object) || (combination & ~kShift) != 0) {
         delegate();
         return;
     }

@@ -160,6 +160,9 @@ TEST_F(AnimToolViewTest, DraggingMovesOnlyTheSelectedPrimitiveAndHoldsItOnTheCan
     press(animationView(), eAnimViewKey_Right);
     press(animationView(), eAnimViewKey_Up);
     EXPECT_EQ(cell->getPosition(), sPoint(512, -513));
+    // With Command the arrows are left to the tool's marker shortcuts.
+    press(animationView(), eAnimViewKey_Right, 4);
+    EXPECT_EQ(cell->getPosition(), sPoint(512, -513));
 
     // A generator is taken by its handle, 16 pixels each way.
     select("gen");
