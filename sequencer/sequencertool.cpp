@@ -55,8 +55,8 @@ SequencerTool::SequencerTool()
       mpSequencer(nullptr), mpSelectMarker(nullptr), mpSelectTrack(nullptr), mpSelectLane(nullptr),
       mpSelectKey(nullptr), mMarkerTrackSelected(false)
 {
-    mSnapshot.mKey = false;
-    mSnapshot.mMarker = false;
+    mSnapshot.mpKey = nullptr;
+    mSnapshot.mpMarker = nullptr;
     mSnapshot.mpResource = nullptr;
     setTitle("Sequencer Tool");
     setMinimumSize(sSize(256, 160));
@@ -761,8 +761,8 @@ void SequencerTool::releaseSnapshot()
         mSnapshot.mpResource->release();
         mSnapshot.mpResource = nullptr;
     }
-    mSnapshot.mKey = false;
-    mSnapshot.mMarker = false;
+    mSnapshot.mpKey = nullptr;
+    mSnapshot.mpMarker = nullptr;
 }
 
 void SequencerTool::eventBeginEdit()
@@ -772,7 +772,7 @@ void SequencerTool::eventBeginEdit()
         return;
     }
     if (mpSelectKey != nullptr && mpSelectLane != nullptr && mpSelectTrack != nullptr) {
-        mSnapshot.mKey = true;
+        mSnapshot.mpKey = mpSelectKey;
         mSnapshot.mFrame = mpSelectKey->getFrame();
         mSnapshot.mInterpolateType = mpSelectKey->getInterpolateType();
         memset(mSnapshot.mParameter, 0, sizeof(mSnapshot.mParameter));
@@ -786,7 +786,7 @@ void SequencerTool::eventBeginEdit()
         }
     }
     if (mMarkerTrackSelected && mpSelectMarker != nullptr) {
-        mSnapshot.mMarker = true;
+        mSnapshot.mpMarker = mpSelectMarker;
         mSnapshot.mMarkerType = mpSelectMarker->mMarkerType;
         mSnapshot.mCount = mpSelectMarker->mInitialCount;
         mSnapshot.mFrame = mpSelectMarker->mFrame;
@@ -800,9 +800,9 @@ void SequencerTool::eventBeginEdit()
 void SequencerTool::eventEndEdit()
 {
     if (mpResource != nullptr) {
-        if (mSnapshot.mKey && mpSelectKey != nullptr) {
+        if (mpSelectKey != nullptr && mSnapshot.mpKey == mpSelectKey) {
             endKeyEdit();
-        } else if (mSnapshot.mMarker && mpSelectMarker != nullptr) {
+        } else if (mpSelectMarker != nullptr && mSnapshot.mpMarker == mpSelectMarker) {
             endMarkerEdit();
         }
     }

@@ -166,8 +166,10 @@ protected:
 private:
     // What an edit of the control form may change.
     struct sSnapshot {
-        bool mKey;
-        bool mMarker;
+        // What the snapshot was taken of: an edit that ends on something
+        // else selected compares nothing.
+        SequencerKey* mpKey;
+        SequencerMarker* mpMarker;
         u16 mFrame;
         u8 mInterpolateType;
         u8 mParameter[16];

@@ -252,8 +252,22 @@ TEST_F(SequencerToolTest, TracksRebuildTheirRowsAndNewNamesSkipTakenOnes)
     EXPECT_EQ(tool->getControlForm()->getMarkerGroup()->getChildCount(), 7u);
     tool->eventAddMarker(); // a marker at the frame already
     EXPECT_EQ(sequence->getMarkerNum(), 2u);
+
+    // Fields typed into the marker's controls reach both forms by name.
+    UIGroup* group = tool->getControlForm()->getMarkerGroup();
+    UIControl* name = findControl(group, "marker_name");
+    UIControl* target = findControl(group, "target_frame");
+    ASSERT_TRUE(name != nullptr && target != nullptr);
+    name->sendMessage(UIBeginEditMessage());
+    name->getProperty()->setString("Intro");
+    target->getProperty()->setNumeric(70, UIControl::NoIndex);
+    name->sendMessage(UIEndEditMessage());
+    SequencerMarker* intro = sequence->findMarker("Intro");
+    ASSERT_NE(intro, nullptr);
+    EXPECT_EQ(intro, tool->getSelectMarker());
+    EXPECT_EQ(sequence->findNativeMarker("Intro")->mTargetFrame, 70u);
     tool->eventRemoveMarker();
-    EXPECT_EQ(sequence->findMarker("Track1"), nullptr);
+    EXPECT_EQ(sequence->findMarker("Intro"), nullptr);
     EXPECT_EQ(tool->getSelectMarker(), nullptr);
 }
 
