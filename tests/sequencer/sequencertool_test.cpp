@@ -112,8 +112,14 @@ TEST_F(SequencerToolTest, CommandsWithoutTheirSelectionDoNothing)
     EXPECT_EQ(mpUI->getWindowList().size(), 1u);
     EXPECT_EQ(tool->getTrackForm()->getTrackCount(), 0u);
 
-    // Without any resource even the commands that need none do nothing.
+    // Opened without a file, the tool starts a new sequence of its class.
+    // Handed none afterwards, even the commands that need no selection do
+    // nothing.
     SequencerTool* bare = open(nullptr);
+    ASSERT_NE(bare->getResource(), nullptr);
+    EXPECT_EQ(bare->getResource()->getTypeInfo(), SequencerResourceIntermediate::getStaticTypeInfo());
+    EXPECT_FALSE(bare->getResource()->isModified());
+    bare->setResource(nullptr);
     for (auto command : {&SequencerTool::eventAddMarker, &SequencerTool::eventAddTrack,
                          &SequencerTool::eventAddSequencerTrack, &SequencerTool::togglePlay,
                          &SequencerTool::seekStart, &SequencerTool::seekEnd, &SequencerTool::selectMarkerTrack}) {
