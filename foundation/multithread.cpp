@@ -145,6 +145,18 @@ bool Semaphore::waitSpinning(u32 spinMicroseconds)
     }
 }
 
+// A waiter asleep in the kernel would take a while to come; one still polling
+// comes at once unless the system has set it aside for another thread.
+bool Semaphore::withdraw(u32 graceMicroseconds)
+{
+    if (mSleepers.load() == 0) {
+        spinUntil(graceMicroseconds, [this] {
+            return mCount.load(std::memory_order_relaxed) == 0 || mSleepers.load(std::memory_order_relaxed) != 0;
+        });
+    }
+    return tryTake();
+}
+
 // ---------------------------------------------------------------------------
 // Rounds of 15 tries, yielding the processor between rounds.
 void SpinLock::lockContended()

@@ -41,6 +41,10 @@ public:
     bool wait() { return waitSpinning(0); }
     // The same, polling the count for up to spinMicroseconds before sleeping.
     bool waitSpinning(u32 spinMicroseconds);
+    // Takes back a count that no waiter has taken, so that a signal can be
+    // undone: a waiter that is polling (not asleep) gets up to
+    // graceMicroseconds to take it first. True when the count was taken back.
+    bool withdraw(u32 graceMicroseconds);
 
 private:
     bool tryTake();

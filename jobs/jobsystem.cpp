@@ -15,6 +15,10 @@ u32 const kJobAlignment = 16;
 // end of the batch as long. Between frames both sleep.
 u32 const kWorkerSpinMicroseconds = 100;
 u32 const kEndSpinMicroseconds = 100;
+// When the calling thread has taken the last job, a worker that is awake but
+// has not yet taken its wake-up gets this long to do so before the wake-up
+// is taken back: it keeps the worker in step for the next batch.
+u32 const kWakeGraceMicroseconds = 5;
 
 u32 clampThreadNum(u32 threadNum)
 {
@@ -42,6 +46,8 @@ public:
     static void operator delete(void* pointer) { System::deallocate(pointer); }
 
     void wake() { mSemaphore.signal(); }
+    // True when the worker had not yet taken its wake-up, which is then undone.
+    bool withdrawWake() { return mSemaphore.withdraw(kWakeGraceMicroseconds); }
     void setUniqueData(void* data) { mUniqueData = data; }
     void* getUniqueData() const { return mUniqueData; }
 
@@ -145,6 +151,16 @@ void JobSystem::executeJob()
             mpJobThread[i]->wake();
         }
         runJobs(mUniqueData);
+        // Every job is taken now: a worker that has not yet taken its wake-up
+        // would only find the queue empty and report its end. Taking the
+        // wake-up back and reporting for it here spares the batch the wait
+        // for a thread the system has not run yet (a busy machine, or a
+        // worker still coming out of sleep while this thread did the work).
+        for (u32 i = 0; i + 1 < active; ++i) {
+            if (mpJobThread[i]->withdrawWake()) {
+                endJob();
+            }
+        }
         mEndEvent.waitSpinning(0xFFFFFFFF, kEndSpinMicroseconds);
     }
     clearJobQueue();

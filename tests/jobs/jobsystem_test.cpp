@@ -14,7 +14,9 @@
 namespace {
 
 // Small batches meet workers still spinning from the batch before, and
-// batches of every size up to the queue's; the small ones are most.
+// batches of every size up to the queue's; the small ones are most. Some
+// batches hold jobs of uneven length, so that the calling thread runs out
+// of jobs while a worker is still busy, or before it has even woken.
 #if defined(__SANITIZE_THREAD__)
 int const kStressBatches = 20000;
 #else
@@ -26,6 +28,12 @@ class Recorder {
 public:
     Recorder() : mMarks(JobSystem::kJobQueueSize + 1) {}
     void mark(void* user) { markLong(static_cast<long long>(reinterpret_cast<std::uintptr_t>(user)), nullptr); }
+    void markSlowly(void* user)
+    {
+        for (volatile std::uintptr_t spin = reinterpret_cast<std::uintptr_t>(user) % 3 * 300; spin > 0; --spin) {
+        }
+        mark(user);
+    }
     void markIndex(int index, void*) { markLong(index, nullptr); }
     void markLong(long long index, void*) { mMarks[static_cast<size_t>(index)].fetch_add(1); }
     void markFromTop(int index, void*) { markLong(INT_MAX - 1 - index, nullptr); }
@@ -161,7 +169,7 @@ TEST_F(JobSystemTest, ManyRandomBatchesRunEachJobExactlyOnce)
     for (int batch = 0; batch < kStressBatches; ++batch) {
         std::uintptr_t const count =
             batch % 64 == 0 ? 1 + random() % JobSystem::kJobQueueSize : 1 + random() % (2 * jobs->getJobThreadNum() + 3);
-        addMarks(jobs, mRecorder, count);
+        addMarks(jobs, mRecorder, count, batch % 4 == 1 ? &Recorder::markSlowly : &Recorder::mark);
         jobs->executeJob();
         ASSERT_TRUE(mRecorder.ranOnce(count, count + 1)) << "batch " << batch;
     }
