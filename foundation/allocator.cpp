@@ -522,10 +522,17 @@ void InstantAllocator::deallocate(void*)
 {
 }
 
+// A heap of one thread at a time (a draw context's) is cleared once per
+// flush: plain stores there, the locked exchange only where threads share it.
 void InstantAllocator::clear()
 {
-    mFront.set(0);
-    mBack.set(static_cast<int>(mHeapSize));
+    if (mThreadSafe) {
+        mFront.set(0);
+        mBack.set(static_cast<int>(mHeapSize));
+    } else {
+        mFront.setDirect(0);
+        mBack.setDirect(static_cast<int>(mHeapSize));
+    }
 }
 
 u32 InstantAllocator::getUsedSize()
