@@ -108,6 +108,24 @@ void BM_Loop_OpenMP(benchmark::State& state)
     state.counters["threads"] = threadNum;
     state.SetItemsProcessed(state.iterations() * kLoopSize);
 }
+
+// OpenMP's threads with the loop job's split: thread t takes t, t + n, ...
+// Against the blocked split above it shows what the stride itself costs.
+void BM_Loop_OpenMPStrided(benchmark::State& state)
+{
+    Work work;
+    int const threadNum = static_cast<int>(platform::getProcessorNum());
+    for (auto _ : state) {
+#pragma omp parallel num_threads(threadNum)
+        {
+            for (int i = omp_get_thread_num(); i < kLoopSize; i += threadNum) {
+                work.step(i, nullptr);
+            }
+        }
+    }
+    state.counters["threads"] = threadNum;
+    state.SetItemsProcessed(state.iterations() * kLoopSize);
+}
 #endif
 
 } // namespace
@@ -118,6 +136,7 @@ BENCHMARK(BM_Loop_JobSystem)->UseRealTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Loop_JobSystemOneThread)->UseRealTime()->Unit(benchmark::kMicrosecond);
 #if defined(HARBOR_BENCH_OPENMP)
 BENCHMARK(BM_Loop_OpenMP)->UseRealTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Loop_OpenMPStrided)->UseRealTime()->Unit(benchmark::kMicrosecond);
 #endif
 
 int main(int argc, char** argv)
