@@ -148,6 +148,19 @@ public:
 
         u32 getPhase() const { return (mFlags & eParticle_PhaseMask) >> kPhaseShift; }
         bool isAlive() const { return (mFlags & eParticle_Alive) != 0; }
+        // The quad's edges around the particle's place; a flip swaps a pair
+        // so that the texture's corners follow it.
+        void getQuad(sFixed& left, sFixed& top, sFixed& right, sFixed& bottom) const
+        {
+            sFixed const hw = mScale * sFixed(static_cast<int>(mSize.width), 16);
+            sFixed const hh = mScale * sFixed(static_cast<int>(mSize.height), 16);
+            bool const hflip = (mFlags & eParticle_HFlip) != 0;
+            bool const vflip = (mFlags & eParticle_VFlip) != 0;
+            left = hflip ? mPosition.x + hw : mPosition.x - hw;
+            right = hflip ? mPosition.x - hw : mPosition.x + hw;
+            top = vflip ? mPosition.y + hh : mPosition.y - hh;
+            bottom = vflip ? mPosition.y - hh : mPosition.y + hh;
+        }
     };
 
     AnimGenerator();

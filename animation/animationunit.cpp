@@ -535,22 +535,8 @@ void AnimationUnit::drawGenerator(DrawContext* context, sBBTreeElement const& el
                 continue;
             }
             --run;
-            sFixed const hw = particle.mScale * sFixed(static_cast<int>(particle.mSize.width), 16);
-            sFixed const hh = particle.mScale * sFixed(static_cast<int>(particle.mSize.height), 16);
-            sFixed left = particle.mPosition.x - hw;
-            sFixed right = particle.mPosition.x + hw;
-            sFixed top = particle.mPosition.y - hh;
-            sFixed bottom = particle.mPosition.y + hh;
-            if ((particle.mFlags & AnimGenerator::eParticle_HFlip) != 0) {
-                sFixed const swap = left;
-                left = right;
-                right = swap;
-            }
-            if ((particle.mFlags & AnimGenerator::eParticle_VFlip) != 0) {
-                sFixed const swap = top;
-                top = bottom;
-                bottom = swap;
-            }
+            sFixed left, top, right, bottom;
+            particle.getQuad(left, top, right, bottom);
             sColor const color(rgb.r, rgb.g, rgb.b, static_cast<u8>(particle.mOpacity * alpha));
             u16 const u0 = particle.mUV.x;
             u16 const v0 = particle.mUV.y;
