@@ -1,5 +1,6 @@
 #include "render/rendersystem.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -75,9 +76,11 @@ RenderSystem::RenderSystem(u32 commandBufferSize)
       mExecuteFrame(0),
       mScissorTest(false),
       mTexcoordArray(false),
+      mFlatShade(false),
       mVertexBuffer(0),
       mIndexBuffer(0),
       mVertexBufferSize(0),
+      mpEntryFlat(nullptr),
       mSortSource(0),
       mSortCount(0),
       mSortWidth(0)
@@ -173,6 +176,7 @@ void RenderSystem::init(u32 commandBufferSize)
         mpCommandEntry[i] = static_cast<sCommand**>(System::allocate(kCommandEntryMax * sizeof(sCommand*)));
         mpCommandKey[i] = static_cast<u32*>(System::allocate(kCommandEntryMax * sizeof(u32)));
     }
+    mpEntryFlat = static_cast<u8*>(System::allocate(kCommandEntryMax));
     mpSortedEntry = nullptr;
 
     mpDrawContexts = new DrawContext[kDrawContextNum];
@@ -207,6 +211,8 @@ void RenderSystem::cleanUp()
         System::deallocate(mpCommandKey[i]);
         mpCommandKey[i] = nullptr;
     }
+    System::deallocate(mpEntryFlat);
+    mpEntryFlat = nullptr;
     delete mpCommandAllocator;
     mpCommandAllocator = nullptr;
     System::deallocate(mpQuadIndices);
@@ -584,11 +590,33 @@ bool canJoinRun(sDrawCommand const* first, u32 count, sDrawCommand const* draw, 
     return primitive != ePrimitiveType_Quad || count + draw->getVertexCount() <= quadMax * 4;
 }
 
+// True when each whole primitive of the command has one colour on all its
+// vertices. Flat shading then gives the same pixels as smooth shading, and
+// spares a software rasteriser the colour's interpolation in every pixel.
+bool hasFlatColours(sDrawCommand const* draw)
+{
+    u32 const unit = kPrimitiveUnit[draw->getPrimitiveType()];
+    u32 const stride = getVertexStride(draw);
+    u32 const primitives = unit > 1 ? draw->getVertexCount() / unit : 0;
+    u8 const* vertex = static_cast<u8 const*>(draw->mpVertices) + offsetof(sOutputVertex, mColor);
+    for (u32 primitive = 0; primitive < primitives; ++primitive) {
+        u32 const color = *reinterpret_cast<u32 const*>(vertex);
+        for (u32 i = 1; i < unit; ++i) {
+            if (*reinterpret_cast<u32 const*>(vertex + i * stride) != color) {
+                return false;
+            }
+        }
+        vertex += unit * stride;
+    }
+    return true;
+}
+
 } // namespace
 
 // Draw commands that follow each other with the same state are drawn as one
 // run: their vertices lie one behind the other in the vertex buffer, so the
-// run is one draw call, and the state cache sees only its first command.
+// run is one draw call, and the state cache sees only its first command. A
+// run whose primitives are each of one colour is drawn flat shaded.
 void RenderSystem::executeCommand()
 {
     sRect const window = getWindowRect();
@@ -617,9 +645,14 @@ void RenderSystem::executeCommand()
     u32 runCount = 0;                  // its vertices
     std::uintptr_t runOffset = 0;      // where they start in the vertex buffer
     std::uintptr_t streamOffset = 0;   // where the next command's vertices are
+    bool runFlat = false;              // every primitive of the run of one colour
     auto drawRun = [&]() {
         if (gl && run != nullptr) {
             void const* vertices = streamed ? reinterpret_cast<void const*>(runOffset) : run->mpVertices;
+            if (runFlat != mFlatShade) {
+                mFlatShade = runFlat;
+                glShadeModel(runFlat ? GL_FLAT : GL_SMOOTH);
+            }
             drawVertices(run->getPrimitiveType(), runCount, run->isTextured(), vertices);
         }
         run = nullptr;
@@ -651,9 +684,11 @@ void RenderSystem::executeCommand()
         u32 const count = draw->getVertexCount();
         u32 const bytes = count * getVertexStride(draw);
         ++mDrawCount;
+        bool const flat = streamed && mpEntryFlat[entry - mpSortedEntry] != 0;
         if (run != nullptr && streamed && canJoinRun(run, runCount, draw, kQuadMax)) {
             runCount += count;
             streamOffset += bytes;
+            runFlat = runFlat && flat;
             continue;
         }
         drawRun();
@@ -726,6 +761,7 @@ void RenderSystem::executeCommand()
             }
         }
         run = draw;
+        runFlat = flat;
         runCount = count;
         runOffset = streamOffset;
         streamOffset += bytes;
@@ -761,6 +797,8 @@ bool RenderSystem::uploadVertices()
             u32 const bytes = draw->getVertexCount() * getVertexStride(draw);
             memcpy(out, draw->mpVertices, bytes);
             out += bytes;
+            // Read while the command's vertices are still in the cache.
+            mpEntryFlat[entry - mpSortedEntry] = hasFlatColours(draw) ? 1 : 0;
         }
     }
     if (gl::UnmapBuffer(GL_ARRAY_BUFFER) == GL_FALSE) {
@@ -810,6 +848,8 @@ void RenderSystem::beginScene()
     glEnableClientState(GL_COLOR_ARRAY);
     glDisableClientState(GL_TEXTURE_COORD_ARRAY);
     mTexcoordArray = false;
+    glShadeModel(GL_SMOOTH);
+    mFlatShade = false;
     gl::BindBuffer(GL_ELEMENT_ARRAY_BUFFER, mIndexBuffer);
     glBlendFunc(GL_ONE, GL_ZERO);
     sRect const window = getWindowRect();

@@ -190,8 +190,9 @@ private:
     void setProjection(sRect const& rect);
     void clear(sColor color, sRect const& rect, sRect const& clip);
     // Copies the vertices of every draw command, in replay order, into the
-    // vertex buffer: one upload per frame. False when the buffer could not be
-    // had; the replay then reads each command's vertices where they are.
+    // vertex buffer: one upload per frame, and notes which commands may be
+    // drawn flat shaded. False when the buffer could not be had; the replay
+    // then reads each command's vertices where they are.
     bool uploadVertices();
     // vertices: an address, or an offset into the vertex buffer while it is bound.
     void drawVertices(u32 primitive, u32 count, bool textured, void const* vertices);
@@ -218,11 +219,15 @@ private:
 
     bool mScissorTest; // GL_SCISSOR_TEST as the replay left it
     bool mTexcoordArray; // the texture coordinate array as the replay left it
+    bool mFlatShade;     // GL_FLAT as the replay left it
     // The frame's vertices in replay order, and the quad index table, as GL
     // buffer objects; 0 without a context.
     unsigned int mVertexBuffer;
     unsigned int mIndexBuffer;
     u32 mVertexBufferSize;
+    // Per sorted entry, filled by the upload: 1 when each of the command's
+    // primitives has one colour on all its vertices.
+    u8* mpEntryFlat;
 
     // The pass that the sort jobs work on: which pair of arrays is read.
     u32 mSortSource;

@@ -171,6 +171,26 @@ TEST_F(PixelTest, NeighbouringBatchesOfOneStateKeepTheirOwnTexturesAndPrimitives
     }
 }
 
+// Batches of one state run together into one draw: quads of one colour each
+// and a shaded quad behind them. The one-coloured ones stay solid, and the
+// shaded one keeps its blend from red to blue.
+TEST_F(PixelTest, OneColouredAndShadedQuadsInOneDrawKeepTheirColours)
+{
+    REQUIRE_GL();
+    runFrame([&](DrawContext* context) {
+        windowState(context, 0);
+        quad(context, sRect(10, 10, 30, 30), kRed);
+        context->flushVertices();
+        quad(context, sRect(40, 10, 60, 30), kGreen);
+        context->flushVertices();
+        sColor const shaded[4] = {kRed, kBlue, kRed, kBlue};
+        mpTools->drawRect(context, sRect(70, 10, 134, 30), shaded);
+        quad(context, sRect(140, 10, 160, 30), kWhite);
+    });
+    expectPixels({{20, 20, kRed, 0}, {50, 20, kGreen, 0}, {150, 20, kWhite, 0}, {70, 20, kRed, 4},
+                  {133, 20, kBlue, 4}, {102, 20, sColor(127, 0, 127, 255), 6}});
+}
+
 TEST_F(PixelTest, ScissorAndViewportClipTheDrawing)
 {
     REQUIRE_GL();
