@@ -43,11 +43,6 @@ public:
     int mDrawn = 0;
 };
 
-class ContextMenu : public UIMenu {
-public:
-    ContextMenu() { setSize(sSize(100, 60)); }
-};
-
 } // namespace
 
 TEST_F(UITest, ACaptureLastsFromPressToReleaseWhereverThePointerGoes)
@@ -260,7 +255,8 @@ TEST_F(UITest, AWidgetClosesItsOwnWindowFromItsHandler)
 TEST_F(UITest, AContextMenuOpensAtThePointerAndTurnsAtTheViewsEdges)
 {
     Probe* window = openWindow("W", sRect(0, 20, 640, 480));
-    UIMenu* menu = new ContextMenu();
+    UIMenu* menu = new UIMenu();
+    menu->setSize(sSize(100, 60));
     window->setMenu(menu);
     struct Case {
         sPoint pointer;
