@@ -44,14 +44,6 @@ sVector at(int x, int y)
 
 TEST_F(AnimTest, AUnitChoosesAnimationsByIndexAndPlaysTheCurrentOne)
 {
-    AnimationUnit* bare = new AnimationUnit();
-    EXPECT_EQ(bare->getCurrentFrame(), 65535u);
-    EXPECT_EQ(bare->getCurrentAnimation(), 0xFFFFFFFFu);
-    EXPECT_EQ(bare->getPosition(), sVector::Zero);
-    EXPECT_EQ(bare->getScale(), sVector::One);
-    EXPECT_EQ(bare->getOrientation(), sFixed::Zero);
-    delete bare;
-
     AnimationListIntermediate* list = load<AnimationListIntermediate>("anim/character");
     ASSERT_NE(list, nullptr);
     AnimationUnit* unit = addUnit(list);

@@ -91,8 +91,6 @@ TEST(AnimPrimitiveTest, CellCollisionAndGeneratorPublishTheirValuesForLanesAndFi
     EXPECT_EQ(cell.getAttribute(), 1u); // visible
     cell.setAttribute(0xFF);
     EXPECT_EQ(cell.getAttribute(), 7u);
-    cell.setBlendMode(3);
-    EXPECT_EQ(cell.getBlendMode(), 3u); // stored; drawing then keeps the context's mode
     EXPECT_EQ(propertyNames(cell),
               (std::vector<std::string>{"Position", "UV", "Size", "Color", "Attribute", "BlendMode"}));
     EXPECT_EQ(controlNames(cell), (std::vector<std::string>{"Position", "UV", "Size", "Color",

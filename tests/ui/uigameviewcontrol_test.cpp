@@ -1,8 +1,9 @@
-// Handles in a game view and the texture widget, driven through UISystem:
-// the position handle's centre square moves freely and wins over the
-// arrows, an arrow moves along its axis by the view's scale; the direction
-// handle turns with 0 up and clockwise; the texture widget's zoom stops at
-// 4096 pixels and at its minimum size, and its menu checks follow the modes.
+// Handles in a game view and the texture widget, driven through UISystem: a
+// control is hit and drawn in its view's coordinates; the position handle's
+// centre square moves freely and wins over the arrows, an arrow moves along
+// its axis by the view's scale; the direction handle turns with 0 up and
+// clockwise; the texture widget's zoom stops at 4096 pixels and at its
+// minimum size, and its menu checks follow the modes.
 #include <cmath>
 
 #include "reflection/property.h"
@@ -16,6 +17,36 @@
 #include "uitest.h"
 
 using namespace uitest;
+
+namespace {
+
+sVector sEdited;
+
+// A 20 by 20 handle around its position, in its view's coordinates.
+class GameControl : public UIGameViewControl {
+public:
+    explicit GameControl(std::vector<std::string>* log)
+        : UIGameViewControl(new ReferenceProperty<sVector>("Position", &sEdited)), mpLog(log)
+    {
+    }
+    UIBase* intersect(sPoint const& point, sRect const&) override
+    {
+        sRect const box(getPosition().x - 10, getPosition().y - 10, getPosition().x + 10, getPosition().y + 10);
+        return box.intersect(point) ? this : nullptr;
+    }
+    void eventMouseDown(sPoint const& p, unsigned int button) override { note("MouseDown", p, button); }
+    void eventMouseUp(sPoint const& p, unsigned int button) override { note("MouseUp", p, button); }
+    void draw(UIPainter*) override { ++mDrawn; }
+    void note(char const* event, sPoint const& p, unsigned int button)
+    {
+        mpLog->push_back(std::string("G:") + event + "(" + std::to_string(p.x) + "," + std::to_string(p.y) + "/" +
+                         std::to_string(button) + ")");
+    }
+    std::vector<std::string>* mpLog;
+    int mDrawn = 0;
+};
+
+} // namespace
 
 class GameViewControlTest : public UITest {
 protected:
@@ -50,6 +81,20 @@ protected:
     sRect mViewport;
     sRect mProjection;
 };
+
+TEST_F(GameViewControlTest, AControlIsHitAndDrawnInItsViewsCoordinates)
+{
+    GameControl* control = new GameControl(&mLog);
+    mpUI->addGameViewControl(control);
+    click(261, 133); // world (10, 10)
+    EXPECT_EQ(take("MouseDown MouseUp"), "G:MouseDown(10,10/1) G:MouseUp(10,10/1)");
+    EXPECT_GT(control->mDrawn, 0) << "drawn in the game view's pass";
+    control->setView(1u << 2); // another view only
+    int const drawn = control->mDrawn;
+    frame();
+    EXPECT_EQ(control->mDrawn, drawn);
+    mpUI->removeGameViewControl(control);
+}
 
 TEST_F(GameViewControlTest, ThePositionHandleMovesFreelyByItsSquareAndAlongAnAxisByAnArrow)
 {

@@ -7,48 +7,10 @@
 #include "input/keyboardsystem.h"
 #include "platform/cursor.h"
 #include "platform/window.h"
-#include "render/viewsystem.h"
 #include "ui/uidesktop.h"
-#include "reflection/property.h"
-#include "ui/uigameviewcontrol.h"
 #include "ui/uimenu.h"
 
 using namespace uitest;
-
-namespace {
-
-sVector sEdited;
-
-// A 20 by 20 handle around its position, in its view's coordinates.
-class GameControl : public UIGameViewControl {
-public:
-    explicit GameControl(std::vector<std::string>* log)
-        : UIGameViewControl(new ReferenceProperty<sVector>("Position", &sEdited)), mpLog(log)
-    {
-    }
-    UIBase* intersect(sPoint const& point, sRect const&) override
-    {
-        sRect const box(getPosition().x - 10, getPosition().y - 10, getPosition().x + 10, getPosition().y + 10);
-        return box.intersect(point) ? this : nullptr;
-    }
-    void eventMouseDown(sPoint const& p, unsigned int button) override { note("MouseDown", p, button); }
-    void eventMouseUp(sPoint const& p, unsigned int button) override { note("MouseUp", p, button); }
-    void draw(UIPainter*) override { ++mDrawn; }
-    void note(char const* event, sPoint const& p, unsigned int button)
-    {
-        mpLog->push_back(std::string("G:") + event + "(" + std::to_string(p.x) + "," + std::to_string(p.y) + "/" +
-                         std::to_string(button) + ")");
-    }
-    std::vector<std::string>* mpLog;
-    int mDrawn = 0;
-};
-
-class ContextMenu : public UIMenu {
-public:
-    ContextMenu() { setSize(sSize(100, 60)); }
-};
-
-} // namespace
 
 TEST_F(UITest, ACaptureLastsFromPressToReleaseWhereverThePointerGoes)
 {
@@ -260,7 +222,8 @@ TEST_F(UITest, AWidgetClosesItsOwnWindowFromItsHandler)
 TEST_F(UITest, AContextMenuOpensAtThePointerAndTurnsAtTheViewsEdges)
 {
     Probe* window = openWindow("W", sRect(0, 20, 640, 480));
-    UIMenu* menu = new ContextMenu();
+    UIMenu* menu = new UIMenu();
+    menu->setSize(sSize(100, 60));
     window->setMenu(menu);
     struct Case {
         sPoint pointer;
@@ -346,27 +309,4 @@ TEST_F(UITest, ResetLayoutSendsOnlyTheDeactivation)
     release(20, 40);
     frame();
     platform::resizeHeadlessWindow(mpApp->getWindowHandle(), 640, 480);
-}
-
-TEST_F(UITest, AControlInAGameViewIsHitAndDrawnInThatViewsCoordinates)
-{
-    GameControl* control = new GameControl(&mLog);
-    mpUI->addGameViewControl(control);
-    // View 1 shows twice the world around the origin in a corner of the window.
-    ViewSystem* views = ViewSystem::getInstance();
-    sRect const viewport = views->getViewport(1);
-    sRect const projection = views->getProjection(1);
-    views->setViewport(1, sRect(0, 0, 512, 256));
-    views->setProjection(1, sRect(-512, -256, 512, 256));
-    int const x = 261, y = 133; // world (10, 10)
-    click(x, y);
-    EXPECT_EQ(take("MouseDown MouseUp"), "G:MouseDown(10,10/1) G:MouseUp(10,10/1)");
-    EXPECT_GT(control->mDrawn, 0) << "drawn in the game view's pass";
-    control->setView(1u << 2); // another view only
-    int const drawn = control->mDrawn;
-    frame();
-    EXPECT_EQ(control->mDrawn, drawn);
-    mpUI->removeGameViewControl(control);
-    views->setViewport(1, viewport);
-    views->setProjection(1, projection);
 }
