@@ -113,7 +113,9 @@ TEST_F(SequencerToolTest, CommandsWithoutTheirSelectionDoNothing)
     EXPECT_EQ(tool->getTrackForm()->getTrackCount(), 0u);
 
     // Without any resource even the commands that need none do nothing.
+    // Opened without a file the tool starts a new sequence: it is let go.
     SequencerTool* bare = open(nullptr);
+    bare->setResource(nullptr);
     for (auto command : {&SequencerTool::eventAddMarker, &SequencerTool::eventAddTrack,
                          &SequencerTool::eventAddSequencerTrack, &SequencerTool::togglePlay,
                          &SequencerTool::seekStart, &SequencerTool::seekEnd, &SequencerTool::selectMarkerTrack}) {
