@@ -35,8 +35,7 @@ AnimSequencer::AnimSequencer(AllocatorBase* allocator)
 AnimSequencer::~AnimSequencer()
 {
     releaseTexture();
-    deallocate(mpTrackTypes);
-    mpTrackTypes = nullptr;
+    releaseTrackTypes();
 }
 
 void AnimSequencer::releaseTexture()
@@ -78,15 +77,37 @@ void AnimSequencer::setResource(SequencerResource* resource)
         return;
     }
     releaseTexture();
-    deallocate(mpTrackTypes);
-    mpTrackTypes = nullptr;
-    mTrackTypeNum = 0;
-    mSequencerNum = mCellNum = mCollisionNum = mGeneratorNum = 0;
+    releaseTrackTypes();
 
     // Builds the objects and applies the start frame: nested animations have
     // their resources from their "Resource" lanes after this.
     Sequencer::setResource(resource);
+    takeTexture();
+    classifyTracks();
+}
 
+void AnimSequencer::notifyRebuild()
+{
+    releaseTexture();
+    releaseTrackTypes();
+    takeTexture();
+    classifyTracks();
+}
+
+void AnimSequencer::releaseTrackTypes()
+{
+    deallocate(mpTrackTypes);
+    mpTrackTypes = nullptr;
+    mTrackTypeNum = 0;
+    mSequencerNum = mCellNum = mCollisionNum = mGeneratorNum = 0;
+}
+
+void AnimSequencer::takeTexture()
+{
+    SequencerResource* resource = getResource();
+    if (resource == nullptr) {
+        return;
+    }
     // The texture path as the data holds it, cut to a terminated string: the
     // block comes from a file. No block asks for a path of null.
     char path[kTexturePathMax];
@@ -106,7 +127,6 @@ void AnimSequencer::setResource(SequencerResource* resource)
         }
         mpTexture = static_cast<TextureResource*>(texture);
     }
-    classifyTracks();
 }
 
 void AnimSequencer::classifyTracks()

@@ -40,6 +40,9 @@ public:
     // generators or 255 cells or collisions, is fatal.
     void setResource(SequencerResource* resource);
     SequencerResource* getResource() const { return Sequencer::getResource(); }
+    // An edit may have named another texture or added and removed tracks:
+    // both are taken again, as setResource takes them.
+    void notifyRebuild() override;
 
     // Offset inside the parent, in pixels.
     sPoint const& getPosition() const { return mPosition; }
@@ -57,7 +60,7 @@ public:
     u32 getAnimGeneratorNum() const { return mGeneratorNum; }
     // Null when the resource names none.
     TextureResource* getTexture() const { return mpTexture; }
-    // eTrackType of the track; 0 past the tracks sorted at setResource.
+    // eTrackType of the track; 0 past the tracks sorted at the last build.
     u32 getTrackType(u32 index) const { return (index < mTrackTypeNum) ? mpTrackTypes[index] : 0u; }
 
     DECLARE_TYPEINFO(UniqueTypeInfo<AnimSequencer>)
@@ -65,6 +68,9 @@ public:
 private:
     void seekTrigger(u32 frame) { seek(frame); }
     void releaseTexture();
+    // The texture the resource names, or an unnamed one when it names none.
+    void takeTexture();
+    void releaseTrackTypes();
     void classifyTracks();
 
     sPoint mPosition;

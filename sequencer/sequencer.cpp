@@ -519,6 +519,10 @@ void Sequencer::deleteAllTrack()
 // ---------------------------------------------------------------------------
 // [SECTION] Position, markers and steps
 
+void Sequencer::notifyRebuild()
+{
+}
+
 void Sequencer::play()
 {
     if (mpResource != nullptr) {
@@ -557,6 +561,7 @@ void Sequencer::update(sFixed step)
     if (mpResource->isUpdated()) {
         deleteAllTrack();
         build();
+        notifyRebuild();
         clearCurrentMarker();
         updateCurrentMarker();
         if (!moving) {

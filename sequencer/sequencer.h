@@ -59,6 +59,9 @@ public:
     // Called once per track per applied step, after the track's lanes. The
     // base steps a nested Sequencer by the same number of frames.
     virtual void applyObjectDependedTask(sTrackData* track, sFixed step);
+    // Called when update has remade the objects for an edit of the resource,
+    // before the sequence is applied to them. The base does nothing.
+    virtual void notifyRebuild();
 
     void makePropertyList(PropertyList& list) override;
     void makeControlList(List<ControlBase>& list) override;

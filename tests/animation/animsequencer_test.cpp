@@ -1,8 +1,8 @@
 // The animation resource and sequencer: the texture's path in the sequence's
-// type-dependent data, the sorting of tracks into kinds with their limits,
-// nested animations set, started and stepped by their parent, generators
-// stepped once per applied step, and the sample walk in its XML and native
-// forms.
+// type-dependent data, the sorting of tracks into kinds with their limits
+// (and again after an edit), nested animations set, started and stepped by
+// their parent, generators stepped once per applied step, and the sample walk
+// in its XML and native forms.
 #include <cstring>
 #include <string>
 #include <vector>
@@ -94,6 +94,31 @@ TEST_F(AnimTest, TheSequencerSortsTracksIntoKindsAndRefusesOtherSequences)
     plain->release();
     sequencer.setResource(nullptr);
     EXPECT_EQ(sequencer.getResource(), animation);
+}
+
+// The editor plays the animation it edits: a texture chosen and a track
+// added after the sequencer took the resource reach it at the rebuild.
+TEST_F(AnimTest, AnEditedAnimationGivesItsPlayerTheNewTextureAndTrackKinds)
+{
+    TextureResource* sheet = load<TextureResource>("anim/walk_sheet");
+    ASSERT_NE(sheet, nullptr);
+    AnimResource* animation = makeAnimation();
+    AnimSequencer sequencer;
+    sequencer.setResource(animation);
+    EXPECT_NE(sequencer.getTexture(), sheet);
+    animation->setTexture(sheet);
+    addTrack(animation, "cell", AnimCell::getStaticTypeInfo(), {"Size"});
+    addTrack(animation, "box", AnimCollision::getStaticTypeInfo(), {"Size"});
+    sequencer.update(sFixed::Zero);
+    EXPECT_EQ(sequencer.getTexture(), sheet);
+    EXPECT_EQ(sequencer.getTrackType(0), 1u);
+    EXPECT_EQ(sequencer.getTrackType(1), 2u);
+    EXPECT_EQ(sequencer.getAnimCellNum(), 1u);
+    EXPECT_EQ(sequencer.getAnimCollisionNum(), 1u);
+    // Counts start again at each rebuild rather than adding up.
+    animation->setModify();
+    sequencer.update(sFixed::Zero);
+    EXPECT_EQ(sequencer.getAnimCellNum(), 1u);
 }
 
 using AnimDeathTest = AnimTest;
