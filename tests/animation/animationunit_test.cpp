@@ -3,12 +3,11 @@
 // animations included), what is drawn without a texture or when the view
 // misses the origin, particles as quads, and, with a display, the walk
 // sample's frames on screen with one job thread and with all of them.
-#include <GL/gl.h>
-
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "../render/renderfixture.h"
 #include "animtest.h"
 #include "foundation/utils.h"
 #include "reflection/objectlist.h"
@@ -236,15 +235,9 @@ TEST_F(AnimTest, LiveParticlesDrawAsQuadsFromTheirFirstUpdateWithTheirOpacity)
 
 namespace {
 
-int const kWindowWidth = 320;
-int const kWindowHeight = 240;
-
-std::vector<sColor> readWindow()
-{
-    std::vector<sColor> pixels(kWindowWidth * kWindowHeight);
-    glReadPixels(0, 0, kWindowWidth, kWindowHeight, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
-    return pixels;
-}
+using rendertest::kWindowHeight;
+using rendertest::kWindowWidth;
+using rendertest::readWindow;
 
 // World (x, y) of game view 1 is window pixel (x + 160, y + 120); GL's rows run upwards.
 sColor worldPixel(std::vector<sColor> const& pixels, int x, int y)
@@ -261,10 +254,7 @@ bool near(sColor a, u8 r, u8 g, u8 b)
 
 TEST_F(AnimTest, TheWalkSampleShowsItsFramesAtTheUnitOnEveryNumberOfThreads)
 {
-    if (!animtest::hasWindow()) {
-        GTEST_SKIP() << "no display: pixel tests need a window";
-    }
-    ASSERT_TRUE(mpRender->hasContext());
+    REQUIRE_GL();
     AnimationListIntermediate* list = load<AnimationListIntermediate>("anim/character");
     ASSERT_NE(list, nullptr);
     // Frame colours of the sheet (scripts/make_animations.py), shown from

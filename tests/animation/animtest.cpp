@@ -1,83 +1,19 @@
 #include "animtest.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
 #include "app/application.h"
 #include "foundation/autostring.h"
-#include "foundation/memorymanager.h"
-#include "platform/platform.h"
-#include "platform/glcontext.h"
-#include "platform/window.h"
 #include "reflection/control.h"
 #include "reflection/property.h"
 #include "resource/resourcebase.h"
 
+// The animations run in the renderer tests' harness: one application with a
+// stepped clock and a hidden window when there is a display.
+#include "../render/renderfixture.cpp"
+
 namespace {
-
-int const kWidth = 320;
-int const kHeight = 240;
-
-class TestApplication : public Application {
-public:
-    TestApplication(sInitializer const* initializer, Clock* clock) : Application(initializer, clock) {}
-    void setup() override {}
-    void update(float) override {}
-};
-
-bool sWindow = false;
-
-// A clock that moves only when a test frame asks: each frame is one nominal
-// frame, so units update with a delta of exactly 1.
-class SteppedClock : public Application::Clock {
-public:
-    u64 getCount() override { return mNow; }
-    void getTimebase(u64& numerator, u64& denominator) override
-    {
-        numerator = 1;
-        denominator = 1;
-    }
-    void sleep(u32) override {}
-
-    u64 mNow = 1000000000ull;
-};
-SteppedClock sClock;
-
-class AnimEnvironment : public testing::Environment {
-public:
-    void SetUp() override
-    {
-        char const* display = getenv("DISPLAY");
-        bool const wanted = display != nullptr && display[0] != '\0';
-        platform::setHeadless(!wanted);
-        // A fixed rate: every frame that is due counts as one nominal frame.
-        Application::sInitializer initializer = {"Animation test", kWidth, kHeight, 60, 60, 60};
-        mpApplication = new TestApplication(&initializer, &sClock);
-        if (wanted && mpApplication->getWindowHandle() == nullptr) {
-            delete mpApplication;
-            platform::setHeadless(true);
-            mpApplication = new TestApplication(&initializer, &sClock);
-        }
-        mpApplication->checkInterval(); // the first tick only starts the count
-        sWindow = wanted && !platform::isHeadless();
-        if (sWindow) {
-            platform::hideWindow(mpApplication->getWindowHandle());
-        }
-        MemoryManager* memory = MemoryManager::getInstance();
-        AutoString::setAllocator(memory->createAllocator(0x400000, "String"));
-        mpApplication->setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
-        PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x4000, "Property"));
-        System::setAllocator(memory->createAllocator(0x1000000, "System"));
-        UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
-        ResourceBase::setAllocator(memory->createAllocator(0x4000000, "Resource"));
-    }
-    void TearDown() override { delete mpApplication; }
-
-private:
-    TestApplication* mpApplication = nullptr;
-};
-[[maybe_unused]] testing::Environment* const sEnvironment = testing::AddGlobalTestEnvironment(new AnimEnvironment);
 
 std::string const kSampleFolder = std::string(HARBOR_SOURCE_DIR) + "/resources/intermediate/anim/";
 
@@ -102,11 +38,6 @@ std::string readSample(char const* name)
     std::string const bytes = readFile(kSampleFolder + name);
     EXPECT_FALSE(bytes.empty()) << name;
     return bytes;
-}
-
-bool hasWindow()
-{
-    return sWindow;
 }
 
 } // namespace animtest
@@ -155,9 +86,7 @@ std::string AnimTest::nativeFile(std::string const& name)
 
 void AnimTest::runFrame()
 {
-    Application* application = Application::getInstance();
-    sClock.mNow += application->getCountPerFrame();
-    application->checkInterval();
+    rendertest::stepFrame();
     mpRender->preprocess();
     mpUnits->preprocess();
     mpUnits->update();

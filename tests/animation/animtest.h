@@ -1,6 +1,6 @@
-// Shared by the animation tests: one application per process (a hidden real
-// window when there is a display, so that the pixel test can read pixels
-// back; headless otherwise), the job, render, view, resource and unit systems
+// Shared by the animation tests, which run in the renderer tests' harness
+// (one application per process, with a hidden window when there is a
+// display): the job, render, view, resource and unit systems
 // for each test, the sample animations of resources/intermediate/anim/ in the
 // test program's data folders, and helpers that build animations through the
 // sequence edit operations and read back what a frame recorded.
@@ -29,7 +29,6 @@ std::string readFile(std::string const& path);
 void writeFile(std::string const& path, std::string const& bytes);
 // A file of resources/intermediate/anim/ in the source tree.
 std::string readSample(char const* name);
-bool hasWindow();
 
 // One recorded quad: four vertices in strip order.
 struct sQuad {

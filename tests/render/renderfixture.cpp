@@ -12,6 +12,8 @@
 #include "platform/glcontext.h"
 #include "platform/platform.h"
 #include "reflection/property.h"
+#include "resource/resourcebase.h"
+#include "unit/unitbase.h"
 
 namespace rendertest {
 
@@ -19,7 +21,7 @@ namespace {
 
 class TestApplication : public Application {
 public:
-    explicit TestApplication(sInitializer const* initializer) : Application(initializer) {}
+    TestApplication(sInitializer const* initializer, Clock* clock) : Application(initializer, clock) {}
     void setup() override {}
     void update(float) override {}
 };
@@ -27,31 +29,51 @@ public:
 TestApplication* sApplication = nullptr;
 bool sWindow = false;
 
+// A clock that moves only when a test steps a frame, so that every frame
+// updates with a delta of exactly 1.
+class SteppedClock : public Application::Clock {
+public:
+    u64 getCount() override { return mNow; }
+    void getTimebase(u64& numerator, u64& denominator) override
+    {
+        numerator = 1;
+        denominator = 1;
+    }
+    void sleep(u32) override {}
+
+    u64 mNow = 1000000000ull;
+};
+SteppedClock sClock;
+
 class RenderEnvironment : public testing::Environment {
 public:
     void SetUp() override
     {
         char const* display = getenv("DISPLAY");
         bool const wanted = display != nullptr && display[0] != '\0';
+        // A fixed rate: every frame that is due counts as one nominal frame.
         Application::sInitializer initializer = {"Render test", static_cast<u32>(kWindowWidth),
-                                                 static_cast<u32>(kWindowHeight), 60, 20, 240};
+                                                 static_cast<u32>(kWindowHeight), 60, 60, 60};
         platform::setHeadless(!wanted);
-        sApplication = new TestApplication(&initializer);
+        sApplication = new TestApplication(&initializer, &sClock);
         if (wanted && sApplication->getWindowHandle() == nullptr) {
             fprintf(stderr, "DISPLAY is set but no window could be made: pixel tests skip.\n");
             delete sApplication;
             platform::setHeadless(true);
-            sApplication = new TestApplication(&initializer);
+            sApplication = new TestApplication(&initializer, &sClock);
         }
+        sApplication->checkInterval(); // the first tick only starts the count
         sWindow = wanted && !platform::isHeadless();
         if (sWindow) {
             platform::hideWindow(sApplication->getWindowHandle());
         }
         MemoryManager* memory = MemoryManager::getInstance();
-        AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
+        AutoString::setAllocator(memory->createAllocator(0x400000, "String"));
         sApplication->setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
-        PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x1000, "Property"));
+        PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x4000, "Property"));
         System::setAllocator(memory->createAllocator(0x1000000, "System"));
+        UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
+        ResourceBase::setAllocator(memory->createAllocator(0x4000000, "Resource"));
     }
 
     void TearDown() override
@@ -68,6 +90,21 @@ public:
 bool hasWindow()
 {
     return sWindow;
+}
+
+void stepFrame()
+{
+    sClock.mNow += sApplication->getCountPerFrame();
+    sApplication->checkInterval();
+}
+
+std::vector<sColor> readWindow()
+{
+    std::vector<sColor> pixels(static_cast<size_t>(kWindowWidth * kWindowHeight));
+    glReadBuffer(GL_BACK);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, kWindowWidth, kWindowHeight, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    return pixels;
 }
 
 void RenderTest::SetUp()
@@ -135,15 +172,6 @@ std::string RenderTest::drawSummary() const
         summary += text;
     }
     return summary;
-}
-
-std::vector<sColor> RenderTest::readWindow() const
-{
-    std::vector<sColor> pixels(static_cast<size_t>(kWindowWidth * kWindowHeight));
-    glReadBuffer(GL_BACK);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, kWindowWidth, kWindowHeight, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
-    return pixels;
 }
 
 sColor RenderTest::readPixel(int x, int y) const

@@ -1,8 +1,10 @@
 // Shared harness of the renderer's tests. One application per process: with a
 // display, a real (hidden) window with its GL context, so that tests can read
 // pixels back; without one, a headless window, where the renderer records and
-// sorts but makes no GL calls and the pixel tests skip. Each test gets fresh
-// job, render, view and tool systems.
+// sorts but makes no GL calls and the pixel tests skip. Its clock moves only
+// when a test steps a frame; the heaps of systems, units and resources come
+// from its memory manager. Each test gets fresh job, render, view and tool
+// systems.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -27,6 +29,11 @@ int const kWindowHeight = 240;
 
 // True once the process has a real window (and so should have GL).
 bool hasWindow();
+// Moves the application's clock on by one nominal frame and lets it count
+// the frame, so that updates see a delta of exactly 1.
+void stepFrame();
+// The back buffer after the last replay, bottom row first as GL gives it.
+std::vector<sColor> readWindow();
 
 // An expected colour at window pixel (x, y), from the top left.
 struct Probe {
@@ -52,7 +59,6 @@ protected:
 
     // The back buffer after the last replay, pixel (x, y) from the top left.
     sColor readPixel(int x, int y) const;
-    std::vector<sColor> readWindow() const;
     void expectPixels(std::initializer_list<Probe> probes) const;
 
     // Sets the context to draw in window pixels at the given level.

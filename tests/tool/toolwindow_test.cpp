@@ -7,7 +7,6 @@
 #include <string>
 
 #include "app/application.h"
-#include "foundation/memorymanager.h"
 #include "../render/renderfixture.h"
 #include "reflection/typeinfo.h"
 #include "resource/resourcebase.h"
@@ -66,16 +65,6 @@ IMPLEMENT_OBJECT_TYPEINFO(NoteTool, "ToolBase");
 
 class ToolWindowTest : public rendertest::RenderTest {
 protected:
-    static void SetUpTestSuite()
-    {
-        static bool heaps = false;
-        if (!heaps) {
-            MemoryManager* memory = MemoryManager::getInstance();
-            ResourceBase::setAllocator(memory->createAllocator(0x200000, "Resource"));
-            UnitBase::setAllocator(memory->createAllocator(0x100000, "Unit"));
-            heaps = true;
-        }
-    }
     void SetUp() override
     {
         RenderTest::SetUp();

@@ -5,8 +5,6 @@
 // unit_pixels.sh runs them under Xvfb).
 #include <gtest/gtest.h>
 
-#include <GL/gl.h>
-
 #include <atomic>
 #include <chrono>
 #include <cstring>
@@ -15,7 +13,6 @@
 #include <tuple>
 #include <vector>
 
-#include "foundation/memorymanager.h"
 #include "foundation/utils.h"
 #include "jobs/jobsystem.h"
 #include "reflection/control.h"
@@ -27,19 +24,13 @@
 
 // The renderer tests' environment: one application, with a hidden window
 // when there is a display, whose end runs the heaps' leak checks (a unit left
-// undeleted is fatal); the units' heap comes from its memory manager.
+// undeleted is fatal).
 #include "../render/renderfixture.cpp"
 
 namespace {
 
 int const kWidth = rendertest::kWindowWidth;
 int const kHeight = rendertest::kWindowHeight;
-
-class UnitHeap : public testing::Environment {
-public:
-    void SetUp() override { UnitBase::setAllocator(MemoryManager::getInstance()->createAllocator(0x1000000, "Unit")); }
-};
-[[maybe_unused]] testing::Environment* const sUnitHeap = testing::AddGlobalTestEnvironment(new UnitHeap);
 
 } // namespace
 
@@ -394,10 +385,7 @@ public:
 
 TEST_F(UnitSystemTest, QuadsAppearAtTheirWorldPositionsWithAnyNumberOfThreads)
 {
-    if (!rendertest::hasWindow()) {
-        GTEST_SKIP() << "no display: pixel tests need a window";
-    }
-    ASSERT_TRUE(mpRender->hasContext());
+    REQUIRE_GL();
     // 15 by 11 quads over GAME0's world rectangle (-160, -120)-(160, 120).
     std::vector<QuadUnit*> units;
     for (int i = 0; i < 15 * 11; ++i) {
@@ -409,8 +397,7 @@ TEST_F(UnitSystemTest, QuadsAppearAtTheirWorldPositionsWithAnyNumberOfThreads)
     for (int i = 0; i < 3; ++i) {
         mpJobs->setJobThreadNum(threads[i]);
         runFrame();
-        pictures[i].resize(kWidth * kHeight);
-        glReadPixels(0, 0, kWidth, kHeight, GL_RGBA, GL_UNSIGNED_BYTE, pictures[i].data());
+        pictures[i] = rendertest::readWindow();
     }
     // World (x, y) is at window pixel (x + 160, y + 120); GL's rows run upwards.
     auto pixel = [&](int x, int y) { return pictures[0][static_cast<size_t>((kHeight - 121 - y) * kWidth + x + 160)]; };
