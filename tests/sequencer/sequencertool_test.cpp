@@ -95,12 +95,6 @@ TEST_F(SequencerToolTest, CommandsWithoutTheirSelectionDoNothing)
     SequencerResourceIntermediate* empty = new SequencerResourceIntermediate();
     mResources.push_back(empty);
     SequencerTool* tool = open(empty);
-    EXPECT_EQ(tool->getResource(), empty);
-    // The class ToolSystem::createTool finds for a sequence, which the
-    // resource window's "New" can make.
-    EXPECT_EQ(tool->getResourceTypeInfo(), SequencerResourceIntermediate::getStaticTypeInfo());
-    EXPECT_STREQ(tool->getFilterName(), "Sequencer Resource");
-    EXPECT_TRUE(empty->checkAttribute(ResourceBase::eAttribute_Creatable));
     for (auto command : needSelection) {
         (tool->*command)();
         tool->update(0.0f);
@@ -139,15 +133,12 @@ TEST_F(SequencerToolTest, KeysAreAddedOnceAndMoveInBothFormsWhenTheirFrameIsType
 {
     SequencerResourceIntermediate* sequence = makeLanes();
     SequencerTool* tool = open(sequence);
-    EXPECT_STREQ(tool->getTitle().c_str(), "Sequencer Tool");
     ASSERT_EQ(tool->getTrackForm()->getTrackCount(), 1u);
     EXPECT_EQ(tool->getTrackForm()->getTrack(0)->mLanes.size(), 2u);
 
     probe(*tool->getSequencer())->mU32 = 77;
     tool->setCurrentFrame(10);
     tool->setSelectLane(lane(sequence, "U32"));
-    EXPECT_EQ(tool->getSelectTrack(), sequence->findTrack("p"));
-    EXPECT_EQ(tool->getSelectKey(), nullptr);
     tool->eventAddKey();
     tool->eventAddKey();
     ASSERT_EQ(lane(sequence, "U32")->mKeyList.size(), 1u);
@@ -176,7 +167,6 @@ TEST_F(SequencerToolTest, KeysAreAddedOnceAndMoveInBothFormsWhenTheirFrameIsType
     tool->setSelectLane(lane(sequence, "U32"));
     ASSERT_EQ(tool->getSelectKey(), key);
     UIGroup* keys = tool->getControlForm()->getKeyGroup();
-    EXPECT_EQ(keys->getChildCount(), 3u);
     EXPECT_EQ(shownGroups(tool), 3u); // Track, Control, Key
     UIParameterControl* frame = static_cast<UIParameterControl*>(findControl(keys, "frame"));
     ASSERT_NE(frame, nullptr);
@@ -255,7 +245,6 @@ TEST_F(SequencerToolTest, TracksRebuildTheirRowsAndNewNamesSkipTakenOnes)
     EXPECT_NE(sequence->findMarker("Track1"), nullptr);
     EXPECT_EQ(tool->getSelectMarker(), sequence->findMarker("Track1"));
     EXPECT_TRUE(tool->isMarkerTrackSelected());
-    EXPECT_EQ(tool->getControlForm()->getMarkerGroup()->getChildCount(), 7u);
     tool->eventAddMarker(); // a marker at the frame already
     EXPECT_EQ(sequence->getMarkerNum(), 2u);
 
@@ -285,26 +274,7 @@ TEST_F(SequencerToolTest, ScrubbingWheelAndTargetMarkersMoveTheCurrentFrame)
     SequencerTool::SequenceForm* timeline = form->getSequenceForm();
     ASSERT_GT(timeline->getSize().width, 64u);
     int const width = static_cast<int>(timeline->getSize().width);
-
-    // Where a person (or a window scenario) finds things, from the window's
-    // top left: the four fields, the rows under the ruler, the control form.
-    tool->updateRegion(sRect(0, 0, 1024, 768), sRect(0, 0, 1024, 768));
-    auto at = [tool](UIBase const* widget) { return widget->getAbsPosition() - tool->getAbsPosition(); };
-    List<UIBase>::Iterator field = tool->getTopForm()->getClientHolder()->getChildrenBegin();
-    for (int i = 0; i < 4; ++i, ++field) {
-        EXPECT_EQ(at(*field), sPoint(6 + 68 * i, 20)) << i;
-    }
     SequencerTool::UITrack const* row = form->getTrack(0);
-    struct {
-        UIBase const* widget;
-        sPoint place;
-    } const places[] = {{form->getMarker()->mpInfo, sPoint(2, 84)},   {form->getMarker()->mpSequence, sPoint(98, 84)},
-                        {row->mpInfo, sPoint(2, 108)},                {row->mpSequence, sPoint(98, 108)},
-                        {row->mLanes[1]->mpSequence, sPoint(98, 157)}, {tool->getControlForm(), sPoint(386, 52)}};
-    for (auto const& place : places) {
-        EXPECT_EQ(at(place.widget), place.place);
-    }
-    EXPECT_EQ(tool->getControlForm()->getClientHolder()->getSize(), tool->getControlForm()->getSize());
 
     // A press on the ruler seeks; the pointer left of the form steps back by
     // 1, by 5 beyond 32 pixels, and stops at frame 0.
