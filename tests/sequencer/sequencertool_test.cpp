@@ -73,6 +73,21 @@ protected:
         }
         return nullptr;
     }
+    // Types a frame into the selected key's "frame" field, between the two
+    // messages that bracket an edit.
+    static void typeKeyFrame(SequencerTool* tool, u16 frame)
+    {
+        UIControl* control = findControl(tool->getControlForm()->getKeyGroup(), "frame");
+        ASSERT_NE(control, nullptr);
+        UINumericControl* field =
+            static_cast<UINumericControl*>(static_cast<UIParameterControl*>(control)->getValueControl());
+        uNumeric typed;
+        typed.mU64 = 0;
+        typed.mU16 = frame;
+        field->sendMessage(UIBeginEditMessage());
+        field->setNumeric(typed);
+        field->sendMessage(UIEndEditMessage());
+    }
     unsigned int shownGroups(SequencerTool* tool) const
     {
         return tool->getControlForm()->getClientHolder()->getChildCount();
@@ -166,17 +181,8 @@ TEST_F(SequencerToolTest, KeysAreAddedOnceAndMoveInBothFormsWhenTheirFrameIsType
     tool->setCurrentFrame(10);
     tool->setSelectLane(lane(sequence, "U32"));
     ASSERT_EQ(tool->getSelectKey(), key);
-    UIGroup* keys = tool->getControlForm()->getKeyGroup();
     EXPECT_EQ(shownGroups(tool), 3u); // Track, Control, Key
-    UIParameterControl* frame = static_cast<UIParameterControl*>(findControl(keys, "frame"));
-    ASSERT_NE(frame, nullptr);
-    UINumericControl* field = static_cast<UINumericControl*>(frame->getValueControl());
-    field->sendMessage(UIBeginEditMessage());
-    uNumeric typed;
-    typed.mU64 = 0;
-    typed.mU16 = 20;
-    field->setNumeric(typed);
-    field->sendMessage(UIEndEditMessage());
+    typeKeyFrame(tool, 20);
     EXPECT_EQ(key->getFrame(), 20u);
     EXPECT_EQ(sequence->findKey("p", "U32", 20), key);
     EXPECT_EQ(sequence->findKey("p", "U32", 10), nullptr);
@@ -190,13 +196,7 @@ TEST_F(SequencerToolTest, KeysAreAddedOnceAndMoveInBothFormsWhenTheirFrameIsType
 
     // Typing the frame of the other key is refused: one key a frame.
     tool->update(0.0f);
-    field = static_cast<UINumericControl*>(
-        static_cast<UIParameterControl*>(findControl(tool->getControlForm()->getKeyGroup(), "frame"))
-            ->getValueControl());
-    field->sendMessage(UIBeginEditMessage());
-    typed.mU16 = 30;
-    field->setNumeric(typed);
-    field->sendMessage(UIEndEditMessage());
+    typeKeyFrame(tool, 30);
     EXPECT_EQ(sequence->findKey("p", "U32", 20), key);
     EXPECT_EQ(lane(sequence, "U32")->mKeyList.size(), 2u);
 
