@@ -460,37 +460,28 @@ TEST_F(ControlTest, AFormOfEveryValueTypeEditsEachValueThroughWidgetsAndKeepsItT
     auto fieldOf = [&](int i, unsigned int f) { return static_cast<UICompositeControl*>(w[i])->getField(f); };
 
     clickOn(w[0]); // the check box of "Bool"
-    enter(valueOf(1), "-5");
-    enter(valueOf(2), "500"); // limits -100 to 100
-    enter(valueOf(3), "123456");
-    enter(valueOf(4), "-77");
-    enter(valueOf(5), "200");
-    enter(valueOf(6), "60000");
-    enter(valueOf(7), "70000");
-    enter(valueOf(8), "88");
-    enter(valueOf(9), "2.5");
-    enter(valueOf(10), "0.25");
-    enter(fieldOf(11, 0), "30");
-    enter(fieldOf(11, 1), "40");
-    enter(fieldOf(12, 0), "-7");
-    enter(fieldOf(12, 1), "9");
-    for (unsigned int edge = 0; edge < 4; ++edge) {
-        char text[2] = {static_cast<char>('1' + edge), '\0'};
-        enter(fieldOf(13, edge), text);
+    // Typed texts: the widget, its field (-1 the value of a parameter, -2 the
+    // widget itself) and the text. "S16" is limited to -100 to 100.
+    struct sEntry {
+        int mWidget;
+        int mField;
+        char const* mText;
+    } const entries[] = {
+        {1, -1, "-5"},     {2, -1, "500"},   {3, -1, "123456"}, {4, -1, "-77"},  {5, -1, "200"},  {6, -1, "60000"},
+        {7, -1, "70000"},  {8, -1, "88"},    {9, -1, "2.5"},    {10, -1, "0.25"}, {11, 0, "30"},   {11, 1, "40"},
+        {12, 0, "-7"},     {12, 1, "9"},     {13, 0, "1"},      {13, 1, "2"},    {13, 2, "3"},    {13, 3, "4"},
+        {14, 1, "200"},    {15, 3, "0.5"},   {16, 0, "5"},      {16, 1, "6"},    {17, -1, "1.5"}, {18, 0, "2.5"},
+        {18, 1, "-1"},     {19, -2, "hello"},
+    };
+    for (sEntry const& e : entries) {
+        SCOPED_TRACE(e.mWidget);
+        enter(e.mField == -2 ? w[e.mWidget] : e.mField == -1 ? valueOf(e.mWidget) : fieldOf(e.mWidget, e.mField),
+              e.mText);
     }
-    // Colour: the slider's 64th pixel is 64 * 255 / 127 of red; a field sets green.
-    UIColorControl* color = static_cast<UIColorControl*>(w[14]);
-    clickOn(color->getSlider(UIColorControl::eChannel_Red), 64);
-    enter(fieldOf(14, 1), "200");
-    UIColorControl* colorF = static_cast<UIColorControl*>(w[15]);
-    clickOn(colorF->getSlider(UIColorControl::eChannel_Blue), 0);
-    enter(fieldOf(15, 3), "0.5");
-    enter(fieldOf(16, 0), "5");
-    enter(fieldOf(16, 1), "6");
-    enter(valueOf(17), "1.5");
-    enter(fieldOf(18, 0), "2.5");
-    enter(fieldOf(18, 1), "-1");
-    enter(w[19], "hello");
+    // Colour: the slider's 64th pixel is 64 * 255 / 127 of red; ColorF's blue
+    // slider at its left end is 0.
+    clickOn(static_cast<UIColorControl*>(w[14])->getSlider(UIColorControl::eChannel_Red), 64);
+    clickOn(static_cast<UIColorControl*>(w[15])->getSlider(UIColorControl::eChannel_Blue), 0);
     // The flag group: its second flag.
     UIFlagGroupControl* flags = static_cast<UIFlagGroupControl*>(w[20]);
     List<UIBase>::Iterator glow = flags->getForm()->getClientHolder()->getChildrenBegin();
