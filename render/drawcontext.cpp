@@ -26,19 +26,15 @@ DrawContext::DrawContext()
       mFlushedContext(),
       mVertexCount(0),
       mDirty(true),
-      mpVertexAllocator(nullptr),
-      mpCommandEntryAllocator(nullptr)
+      mpVertexAllocator(&mVertexHeap),
+      mpCommandEntryAllocator(&mCommandEntryHeap),
+      mVertexHeap(kVertexHeapSize, "Context vertices allocator", System::getAllocator(), false),
+      mCommandEntryHeap(kEntryHeapSize, "Temporary command entry buffer allocator", System::getAllocator(), false),
+      mPad()
 {
-    mpVertexAllocator = new InstantAllocator(kVertexHeapSize, "Context vertices allocator", System::getAllocator(), false);
-    mpCommandEntryAllocator =
-        new InstantAllocator(kEntryHeapSize, "Temporary command entry buffer allocator", System::getAllocator(), false);
 }
 
-DrawContext::~DrawContext()
-{
-    delete mpCommandEntryAllocator;
-    delete mpVertexAllocator;
-}
+DrawContext::~DrawContext() {}
 
 void* DrawContext::operator new[](std::size_t size) noexcept
 {

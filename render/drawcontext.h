@@ -150,4 +150,10 @@ private:
     bool mDirty;
     InstantAllocator* mpVertexAllocator;
     InstantAllocator* mpCommandEntryAllocator;
+    // The contexts stand side by side in one array, and threads write theirs
+    // at the same time: the allocators live inside the context, and a cache
+    // line of padding ends it, so that no two contexts share a line.
+    InstantAllocator mVertexHeap;
+    InstantAllocator mCommandEntryHeap;
+    [[maybe_unused]] u8 mPad[64];
 };
