@@ -186,7 +186,7 @@ TEST_F(ApplicationTest, FixedModeSleepsUntilTheNextFrameLessOneMillisecond)
     EXPECT_EQ(clock.mSleeps.size(), 1u);
 }
 
-TEST_F(ApplicationTest, ConstructionMakesTheWindowAndThePaths)
+TEST_F(ApplicationTest, ConstructionMakesTheWindowAndThePathsAndTheWindowReportsItsSize)
 {
     PacedApp& app = launch();
     EXPECT_EQ(Application::getInstance(), &app);
@@ -197,6 +197,11 @@ TEST_F(ApplicationTest, ConstructionMakesTheWindowAndThePaths)
     EXPECT_EQ(std::string(app.getIntermediatePath()), root + "intermediate/");
     EXPECT_EQ(std::string(app.getNativePath()), root + "native/");
     EXPECT_EQ(app.getAbsoluteTime(), clock.mNow / 1000000);
+    // A bounds event stores the new size.
+    ASSERT_TRUE(platform::installEventHandler(app.getWindowHandle(), &Application::eventHandler, &app));
+    platform::resizeHeadlessWindow(app.getWindowHandle(), 640, 480);
+    EXPECT_EQ(app.getWindowWidth(), 640u);
+    EXPECT_EQ(app.getWindowHeight(), 480u);
 }
 
 // Buttons 1 to 3 map to bits, others are ignored; the cursor is clamped to the
@@ -225,13 +230,4 @@ TEST_F(ApplicationTest, MouseButtonsCursorAndWheel)
     sendMouse(&app, platform::eEventMouseWheelMoved, 50, 50, 0, 1, -3);
     sendMouse(&app, platform::eEventMouseWheelMoved, 50, 50, 0, 0, 2);
     EXPECT_EQ(app.getWheelAmount(), sPoint(2, -6));
-}
-
-TEST_F(ApplicationTest, BoundsEventStoresTheNewSize)
-{
-    PacedApp& app = launch();
-    ASSERT_TRUE(platform::installEventHandler(app.getWindowHandle(), &Application::eventHandler, &app));
-    platform::resizeHeadlessWindow(app.getWindowHandle(), 640, 480);
-    EXPECT_EQ(app.getWindowWidth(), 640u);
-    EXPECT_EQ(app.getWindowHeight(), 480u);
 }
