@@ -5,11 +5,11 @@
 // confirms at once.
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "app/application.h"
 #include "reflection/typeinfo.h"
+#include "testfiles.h"
 #include "ui/uibutton.h"
 #include "ui/uidialog.h"
 #include "ui/uisystem.h"
@@ -135,7 +135,7 @@ TEST_F(DialogTest, TheFileDialogListsFoldersFirstFiltersAndCompletesTheExtension
     fs::path const folder = fs::path(Application::getInstance()->getIntermediatePath()) / name;
     fs::create_directories(folder / "sub");
     for (char const* file : {"b.tga", "a.bmp", "c.seq.xml", "d.tga"}) {
-        std::ofstream(folder / file) << "x";
+        writeFile((folder / file).string(), "x");
     }
     char const* filters[] = {"tga|Targa", "bmp|Bitmap", nullptr};
     UIFileDialog* dialog =
