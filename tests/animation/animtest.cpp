@@ -1,7 +1,6 @@
 #include "animtest.h"
 
 #include <filesystem>
-#include <fstream>
 
 #include "app/application.h"
 #include "foundation/autostring.h"
@@ -20,18 +19,6 @@ std::string const kSampleFolder = std::string(HARBOR_SOURCE_DIR) + "/resources/i
 } // namespace
 
 namespace animtest {
-
-std::string readFile(std::string const& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-}
-
-void writeFile(std::string const& path, std::string const& bytes)
-{
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
-}
 
 std::string readSample(char const* name)
 {

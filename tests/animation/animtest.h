@@ -21,12 +21,13 @@
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
 #include "resource/resourcesystem.h"
+#include "testfiles.h"
 #include "unit/unitsystem.h"
 
 namespace animtest {
 
-std::string readFile(std::string const& path);
-void writeFile(std::string const& path, std::string const& bytes);
+using ::readFile;
+using ::writeFile;
 // A file of resources/intermediate/anim/ in the source tree.
 std::string readSample(char const* name);
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "app/application.h"
+#include "testapp.h"
 
 namespace {
 
@@ -31,10 +31,9 @@ public:
     void sleep(u32 milliseconds) override { mSleeps.push_back(milliseconds); }
 };
 
-class PacedApp : public Application {
+class PacedApp : public TestApp {
 public:
-    PacedApp(sInitializer const* initializer, Clock* clock) : Application(initializer, clock) {}
-    void setup() override {}
+    PacedApp(sInitializer const* initializer, Clock* clock) : TestApp(initializer, clock) {}
     void update(float delta) override { mDeltas.push_back(delta); }
     std::vector<float> mDeltas;
 };
@@ -187,7 +186,7 @@ TEST_F(ApplicationTest, FixedModeSleepsUntilTheNextFrameLessOneMillisecond)
     EXPECT_EQ(clock.mSleeps.size(), 1u);
 }
 
-TEST_F(ApplicationTest, ConstructionMakesTheWindowAndThePaths)
+TEST_F(ApplicationTest, ConstructionMakesTheWindowAndThePathsAndTheWindowReportsItsSize)
 {
     PacedApp& app = launch();
     EXPECT_EQ(Application::getInstance(), &app);
@@ -198,59 +197,37 @@ TEST_F(ApplicationTest, ConstructionMakesTheWindowAndThePaths)
     EXPECT_EQ(std::string(app.getIntermediatePath()), root + "intermediate/");
     EXPECT_EQ(std::string(app.getNativePath()), root + "native/");
     EXPECT_EQ(app.getAbsoluteTime(), clock.mNow / 1000000);
-}
-
-namespace {
-
-// Sends a mouse event at global (x, y) to the application.
-void sendMouse(PacedApp& app, u32 kind, int globalX, int globalY, u16 button = 0, u16 axis = 0, s32 delta = 0)
-{
-    platform::sEvent event = {};
-    event.mClass = platform::eEventClassMouse;
-    event.mKind = kind;
-    event.mGlobalX = static_cast<s16>(globalX);
-    event.mGlobalY = static_cast<s16>(globalY);
-    event.mButton = button;
-    event.mWheelAxis = axis;
-    event.mWheelDelta = delta;
-    Application::eventHandler(nullptr, &event, &app);
-}
-
-} // namespace
-
-// Buttons 1 to 3 map to bits, others are ignored; the cursor is clamped to the
-// content (at 100,100, 1024 by 768) except while dragging; the wheel adds up
-// per axis.
-TEST_F(ApplicationTest, MouseButtonsCursorAndWheel)
-{
-    PacedApp& app = launch();
-    sendMouse(app, platform::eEventMouseUp, 150, 150, 2);
-    EXPECT_EQ(app.getMouseButton(), 0u) << "releasing a button that was not down";
-    for (u16 button = 1; button <= 4; ++button) {
-        sendMouse(app, platform::eEventMouseDown, 150, 150, button);
-    }
-    EXPECT_EQ(app.getMouseButton(), 7u);
-    sendMouse(app, platform::eEventMouseUp, 150, 150, 2);
-    EXPECT_EQ(app.getMouseButton(), 5u);
-
-    sendMouse(app, platform::eEventMouseMoved, 150, 130);
-    EXPECT_EQ(app.getCursorPosition(), sPoint(50, 30));
-    sendMouse(app, platform::eEventMouseDragged, 40, 2000);
-    EXPECT_EQ(app.getCursorPosition(), sPoint(-60, 1900));
-    sendMouse(app, platform::eEventMouseMoved, 40, 2000);
-    EXPECT_EQ(app.getCursorPosition(), sPoint(0, 767));
-
-    sendMouse(app, platform::eEventMouseWheelMoved, 150, 150, 0, 1, -3);
-    sendMouse(app, platform::eEventMouseWheelMoved, 150, 150, 0, 1, -3);
-    sendMouse(app, platform::eEventMouseWheelMoved, 150, 150, 0, 0, 2);
-    EXPECT_EQ(app.getWheelAmount(), sPoint(2, -6));
-}
-
-TEST_F(ApplicationTest, BoundsEventStoresTheNewSize)
-{
-    PacedApp& app = launch();
+    // A bounds event stores the new size.
     ASSERT_TRUE(platform::installEventHandler(app.getWindowHandle(), &Application::eventHandler, &app));
     platform::resizeHeadlessWindow(app.getWindowHandle(), 640, 480);
     EXPECT_EQ(app.getWindowWidth(), 640u);
     EXPECT_EQ(app.getWindowHeight(), 480u);
+}
+
+// Buttons 1 to 3 map to bits, others are ignored; the cursor is clamped to the
+// content (1024 by 768) except while dragging; the wheel adds up
+// per axis.
+TEST_F(ApplicationTest, MouseButtonsCursorAndWheel)
+{
+    PacedApp& app = launch();
+    sendMouse(&app, platform::eEventMouseUp, 50, 50, 2);
+    EXPECT_EQ(app.getMouseButton(), 0u) << "releasing a button that was not down";
+    for (u16 button = 1; button <= 4; ++button) {
+        sendMouse(&app, platform::eEventMouseDown, 50, 50, button);
+    }
+    EXPECT_EQ(app.getMouseButton(), 7u);
+    sendMouse(&app, platform::eEventMouseUp, 50, 50, 2);
+    EXPECT_EQ(app.getMouseButton(), 5u);
+
+    sendMouse(&app, platform::eEventMouseMoved, 50, 30);
+    EXPECT_EQ(app.getCursorPosition(), sPoint(50, 30));
+    sendMouse(&app, platform::eEventMouseDragged, -60, 1900);
+    EXPECT_EQ(app.getCursorPosition(), sPoint(-60, 1900));
+    sendMouse(&app, platform::eEventMouseMoved, -60, 1900);
+    EXPECT_EQ(app.getCursorPosition(), sPoint(0, 767));
+
+    sendMouse(&app, platform::eEventMouseWheelMoved, 50, 50, 0, 1, -3);
+    sendMouse(&app, platform::eEventMouseWheelMoved, 50, 50, 0, 1, -3);
+    sendMouse(&app, platform::eEventMouseWheelMoved, 50, 50, 0, 0, 2);
+    EXPECT_EQ(app.getWheelAmount(), sPoint(2, -6));
 }

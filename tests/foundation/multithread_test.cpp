@@ -137,7 +137,7 @@ TEST(Semaphore, SignalBeyondTheMaximumIsRefused)
     waiter.join();
 }
 
-TEST(Thread, StatusGoesFromCreatedThroughRunningToEnded)
+TEST(Thread, StatusGoesFromCreatedThroughRunningToEndedAndARunningBodyPollsTheRequest)
 {
     Event done;
     TestThread thread([&](TestThread&) { done.set(); });
@@ -159,23 +159,21 @@ TEST(Thread, StatusGoesFromCreatedThroughRunningToEnded)
     EXPECT_EQ(3, early.getStatus());
     EXPECT_EQ(0, early.mExecuted.get());
     TestThread unstarted([](TestThread&) {}); // its destructor must not hang
-}
 
-TEST(Thread, RunningBodyPollsTheTerminateRequest)
-{
+    // A running body polls the terminate request.
     Event started;
-    TestThread thread([&](TestThread& self) {
+    TestThread polling([&](TestThread& self) {
         started.set();
         while (!self.isTerminateRequested()) {
             Thread::yield();
         }
     });
-    thread.run();
+    polling.run();
     EXPECT_EQ(0, started.wait(0xFFFFFFFF));
-    thread.terminate();
-    EXPECT_EQ(2, thread.getStatus());
-    thread.waitForTermination();
-    EXPECT_EQ(3, thread.getStatus());
+    polling.terminate();
+    EXPECT_EQ(2, polling.getStatus());
+    polling.waitForTermination();
+    EXPECT_EQ(3, polling.getStatus());
 }
 
 // The sanitizers reserve far more address space than the limit this test sets

@@ -1,6 +1,7 @@
 // HIDSystem: the three input Systems as the host gets them (places, phases,
 // orders) and the device list it keeps for their lifetime.
 #include <string>
+#include <vector>
 
 #include "inputtest.h"
 
@@ -25,9 +26,8 @@ TEST_F(InputTest, HIDSystemStandsBehindTheSystemsItCreatesAndOutlivesThem)
     SystemManager* manager = SystemManager::getInstance();
     EXPECT_EQ(HIDSystem::create(), HIDSystem::getInstance()) << "one instance";
     ASSERT_EQ(manager->getSystemNum(), 3u);
-    EXPECT_EQ(manager->getSystem(0), MouseSystem::getInstance());
-    EXPECT_EQ(manager->getSystem(1), KeyboardSystem::getInstance());
-    EXPECT_EQ(manager->getSystem(2), HIDSystem::getInstance());
+    EXPECT_EQ((std::vector<System*>{manager->getSystem(0), manager->getSystem(1), manager->getSystem(2)}),
+              (std::vector<System*>{MouseSystem::getInstance(), KeyboardSystem::getInstance(), HIDSystem::getInstance()}));
     EXPECT_EQ(names(manager->getPreprocessOrder()) + names(manager->getPostprocessOrder()), "");
     EXPECT_EQ(names(manager->getUpdateOrder()), "MouseSystem KeyboardSystem");
     EXPECT_EQ(names(manager->getDestroyOrder()), "MouseSystem KeyboardSystem HIDSystem");

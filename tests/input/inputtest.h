@@ -4,27 +4,20 @@
 
 #include <gtest/gtest.h>
 
-#include "app/application.h"
 #include "app/systemmanager.h"
 #include "input/hidsystem.h"
 #include "input/keyboardsystem.h"
 #include "input/mousesystem.h"
+#include "testapp.h"
 
 class InputTest : public testing::Test {
 protected:
-    class App : public Application {
-    public:
-        explicit App(sInitializer const* initializer) : Application(initializer) {}
-        void setup() override {}
-        void update(float) override {}
-    };
-
     void SetUp() override
     {
         platform::setHeadless(true);
         platform::hidResetScripted();
         Application::sInitializer const initializer = {"Input", 1024, 768, 60, 20, 240};
-        mpApp = new App(&initializer);  // content at 100,100
+        mpApp = new TestApp(&initializer);
     }
     void TearDown() override
     {
@@ -40,13 +33,10 @@ protected:
     }
     void frame() { SystemManager::getInstance()->update(); }
     void key(u32 usage, bool down, u32 device = 0) { platform::hidSetScriptedKeyState(usage, down, device); }
-    // A mouse event at content point (x, y).
     void mouse(u32 kind, int x, int y, u16 button, u16 axis = 0, s32 delta = 0)
     {
-        platform::sEvent const event = {platform::eEventClassMouse, kind, static_cast<s16>(x + 100),
-                                        static_cast<s16>(y + 100), button, axis, delta};
-        Application::eventHandler(nullptr, &event, mpApp);
+        sendMouse(mpApp, kind, x, y, button, axis, delta);
     }
 
-    App* mpApp = nullptr;
+    TestApp* mpApp = nullptr;
 };

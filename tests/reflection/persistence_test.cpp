@@ -3,6 +3,8 @@
 // and the traces of every data mismatch, after which loading goes on.
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "reflectiontest.h"
 
 namespace {
@@ -176,10 +178,8 @@ TEST_F(PersistenceTest, TheIndexAttributeTagOrderAndUnknownTagsMeanNothing)
                                                 "\t<Retired type=\"s32\" count=\"0\" index=\"0\" value=\"1\" />\n"
                                                 "</SampleObject>");
     EXPECT_EQ("", readTraces(text));
-    EXPECT_EQ(3, mTarget.mS32Array[0]);
-    EXPECT_EQ(-3, mTarget.mS32Array[1]);
-    EXPECT_EQ(-70000, mTarget.mS32);
-    EXPECT_EQ(-5, mTarget.mS8);
+    EXPECT_EQ((std::vector<s32>{3, -3, -70000, -5}),
+              (std::vector<s32>{mTarget.mS32Array[0], mTarget.mS32Array[1], mTarget.mS32, mTarget.mS8}));
 }
 
 TEST_F(PersistenceTest, PropertyMismatchesAreTracedAndLoadingGoesOn)
@@ -196,10 +196,8 @@ TEST_F(PersistenceTest, PropertyMismatchesAreTracedAndLoadingGoesOn)
               "S8Array counts missmatch.\n"
               "S16Array array index(1) not found.",
               readTraces(text));
-    EXPECT_EQ(0, mTarget.mS32);
-    EXPECT_EQ(0, mTarget.mS16);
-    EXPECT_EQ(0, mTarget.mS8Array[0]);
-    EXPECT_EQ(2, mTarget.mS16Array[0]);
+    EXPECT_EQ((std::vector<s32>{0, 0, 0, 2}),
+              (std::vector<s32>{mTarget.mS32, mTarget.mS16, mTarget.mS8Array[0], mTarget.mS16Array[0]}));
     EXPECT_EQ(99, mTarget.mS16Array[1]) << "a missing element keeps its value";
     EXPECT_EQ(sRect(1, 2, 30, 40), mTarget.mRect) << "loading went on";
     EXPECT_EQ(15, static_cast<SampleLeaf*>(mTarget.mGappedList[2])->mValue);

@@ -2,24 +2,16 @@
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 
-#include "app/application.h"
 #include "checkedheap.h"
 #include "foundation/autostring.h"
 #include "platform/window.h"
 #include "render/rendersystem.h"
 #include "resource/resourcebase.h"
 #include "resource/resourcesystem.h"
+#include "testapp.h"
 
 namespace {
-
-class TestApplication : public Application {
-public:
-    explicit TestApplication(sInitializer const* initializer) : Application(initializer) {}
-    void setup() override {}
-    void update(float) override {}
-};
 
 CheckedHeap* sResourceHeap = nullptr;
 CheckedHeap* sTempHeap = nullptr;
@@ -33,7 +25,7 @@ public:
         platform::setHeadless(true);
         AutoString::setAllocator(new GPAllocator(0x4000000, "String", nullptr, 32, true));
         static Application::sInitializer const initializer = {"Resource test", 320, 240, 60, 20, 60};
-        mpApplication = new TestApplication(&initializer);
+        mpApplication = new TestApp(&initializer);
         mpApplication->setTempAllocator(sTempHeap = new CheckedHeap("Temp"));
         ResourceBase::setAllocator(sResourceHeap = new CheckedHeap("Resource"));
     }
@@ -58,18 +50,6 @@ u8 byteOf(u32 value)
 } // namespace
 
 namespace restest {
-
-std::string readFile(std::string const& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-}
-
-void writeFile(std::string const& path, std::string const& bytes)
-{
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
-}
 
 std::string readSample(char const* name)
 {

@@ -11,12 +11,12 @@
 
 #include "foundation/allocator.h"
 #include "foundation/types.h"
+#include "testfiles.h"
 
 namespace restest {
 
-std::string readFile(std::string const& path);
-// Makes the folders on the way.
-void writeFile(std::string const& path, std::string const& bytes);
+using ::readFile;
+using ::writeFile;
 // A file below resources/intermediate/samples/ of the source tree.
 std::string readSample(char const* name);
 AllocatorBase* getResourceHeap();

@@ -4,10 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
 
 #include "app/application.h"
-
 #include "reflection/control.h"
 #include "resource/resourcesystem.h"
 #include "sequencertest.h"
@@ -20,11 +18,6 @@ eMode const kConstant = SequencerResource::eInterpolateType_Constant;
 eMode const kLinear = SequencerResource::eInterpolateType_Linear;
 eMode const kHermite = SequencerResource::eInterpolateType_Hermite;
 eMode const kTrigger = SequencerResource::eInterpolateType_Trigger;
-
-sFixed fixed(float value)
-{
-    return sFixed(value);
-}
 
 } // namespace
 
@@ -53,7 +46,7 @@ protected:
         std::vector<int> frames;
         sequencer.play();
         for (u32 i = 0; i < steps; ++i) {
-            sequencer.update(fixed(step));
+            sequencer.update(sFixed(step));
             sequencer.getResource()->clearUpdate();
             frames.push_back(static_cast<int>(sequencer.getCurrentFrame()));
         }
@@ -85,12 +78,12 @@ TEST_F(PlaybackTest, ValuesBetweenAndOutsideKeysFollowTheModeAndType)
     EXPECT_EQ(valueAt("U16", &Probe::mU16, kConstant, {{10, 7}, {20, 9}}, 15), 7);
     EXPECT_EQ(valueAt("S8", &Probe::mS8, kLinear, {{10, -100}, {20, 100}}, 15), 0);
 
-    EXPECT_EQ(valueAt("Fixed", &Probe::mFixed, kLinear, {{10, fixed(1.0f)}, {20, fixed(3.0f)}}, 15), fixed(2.0f));
+    EXPECT_EQ(valueAt("Fixed", &Probe::mFixed, kLinear, {{10, sFixed(1.0f)}, {20, sFixed(3.0f)}}, 15), sFixed(2.0f));
     EXPECT_EQ(valueAt("F64", &Probe::mF64, kLinear, {{10, 1.0}, {20, 2.0}}, 15), 1.5);
 
     EXPECT_EQ(valueAt("Point", &Probe::mPoint, kLinear, {{10, sPoint(0, 0)}, {20, sPoint(10, -10)}}, 15), sPoint(5, -5));
-    EXPECT_EQ(valueAt("Vector", &Probe::mVector, kLinear, {{10, sVector(fixed(0), fixed(0))}, {20, sVector(fixed(1), fixed(2))}}, 15),
-              sVector(fixed(0.5f), fixed(1.0f)));
+    EXPECT_EQ(valueAt("Vector", &Probe::mVector, kLinear, {{10, sVector(sFixed(0.0f), sFixed(0.0f))}, {20, sVector(sFixed(1.0f), sFixed(2.0f))}}, 15),
+              sVector(sFixed(0.5f), sFixed(1.0f)));
     EXPECT_EQ(valueAt("Rect", &Probe::mRect, kLinear, {{10, sRect(0, 0, 10, 10)}, {20, sRect(10, 20, 30, 40)}}, 15),
               sRect(5, 10, 20, 25));
     // Channels are truncated, not rounded: 255 - 127.5.
@@ -211,7 +204,7 @@ TEST_F(PlaybackTest, MarkersJumpByTypeCountAndReset)
     // The overshoot carries across the jump: 48 + 2.5 is 10.5.
     sequencer.seek(48);
     play(sequencer, 1, 2.5f);
-    EXPECT_EQ(sequencer.getCurrentFrame(), fixed(10.5f));
+    EXPECT_EQ(sequencer.getCurrentFrame(), sFixed(10.5f));
     // A JUMP TARGET goes to its marker's frame, once with a count of 1.
     sequencer.seek(29);
     EXPECT_EQ(play(sequencer, 2), (std::vector<int>{5, 6}));
@@ -325,7 +318,7 @@ TEST_F(PlaybackTest, NestedSequencesStepWithTheirParentAndEditsShowAtTheNextUpda
     sequencer.play();
     for (int frame = 1; frame <= 20; ++frame) {
         outer->clearUpdate(); // as the frame loop does once a frame
-        sequencer.update(fixed(1.0f));
+        sequencer.update(sFixed(1.0f));
     }
     EXPECT_EQ(child->getResource(), loaded);
     EXPECT_EQ(static_cast<int>(child->getCurrentFrame()), 20);
@@ -334,12 +327,12 @@ TEST_F(PlaybackTest, NestedSequencesStepWithTheirParentAndEditsShowAtTheNextUpda
     // An edit while playing shows in the next update, paused or not.
     s32 const moved = 1000;
     outer->setKeyParameter("p", "S32", 100, &moved);
-    sequencer.update(fixed(1.0f));
+    sequencer.update(sFixed(1.0f));
     EXPECT_EQ(probe(sequencer)->mS32, 210);
     outer->clearUpdate();
     sequencer.stop();
     outer->moveKey("p", "S32", 100, 21);
-    sequencer.update(fixed(1.0f));
+    sequencer.update(sFixed(1.0f));
     EXPECT_EQ(probe(sequencer)->mS32, 1000);
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <random>
+#include <vector>
 
 #include "foundation/utils.h"
 #include "resource/resourcesystem.h"
@@ -73,21 +74,17 @@ TEST_F(NativeFileTest, AWrittenFileReadsBackAsTheSameArrays)
     SequencerResource* resource = loadBytes(nativeFile("sample.seq"), file);
     ASSERT_NE(resource, nullptr);
     mResources.push_back(resource);
-    EXPECT_EQ(resource->getSequenceType(), 1u);
-    EXPECT_EQ(resource->getStartFrame(), 5u);
-    EXPECT_EQ(resource->getEndFrame(), 300u);
-    EXPECT_EQ(resource->getFPS(), 30u);
+    // Type, start, end, fps.
+    EXPECT_EQ((std::vector<u32>{resource->getSequenceType(), resource->getStartFrame(), resource->getEndFrame(),
+                                resource->getFPS()}),
+              (std::vector<u32>{1, 5, 300, 30}));
     ASSERT_EQ(resource->getTypeDependentDataSize(), 4u);
     EXPECT_STREQ(reinterpret_cast<char const*>(resource->getTypeDependentData()), "tex");
     // Frames are 12 bits wide.
     ASSERT_EQ(resource->getMarkerNum(), 1u);
-    sNativeMarker const marker = resource->getMarkerArray()[0];
-    EXPECT_EQ(marker.mFrame, 4095u);
-    EXPECT_EQ(marker.mTargetFrame, 0x010u);
-    EXPECT_EQ(marker.mTargetIndex, 3u);
-    EXPECT_EQ(marker.mType, 2u);
-    EXPECT_EQ(marker.mReset, 1u);
-    EXPECT_EQ(marker.mCount, 7u);
+    sNativeMarker const m = resource->getMarkerArray()[0];
+    EXPECT_EQ((std::vector<u32>{m.mFrame, m.mTargetFrame, m.mTargetIndex, m.mType, m.mReset, m.mCount}),
+              (std::vector<u32>{4095, 0x010, 3, 2, 1, 7}));
     ASSERT_EQ(resource->getTrackNum(), 2u);
     sNativeTrack const* tracks = resource->getTrackArray();
     EXPECT_EQ(tracks[0].mObjectTypeID, Probe::getStaticTypeInfo()->getID());
@@ -95,10 +92,8 @@ TEST_F(NativeFileTest, AWrittenFileReadsBackAsTheSameArrays)
     EXPECT_EQ(tracks[1].mLaneNum, 0u);
     EXPECT_EQ(tracks[1].mpLaneArray, nullptr);
     sNativeLane const& lane = tracks[0].mpLaneArray[0];
-    EXPECT_EQ(lane.mNameHash, Utils::hash("S32"));
-    EXPECT_EQ(lane.mKeyNum, 2u);
-    EXPECT_EQ(lane.mKeyStride, 8u);
-    EXPECT_EQ(lane.mKeyInterpolateNum, 1u);
+    EXPECT_EQ((std::vector<u32>{lane.mNameHash, lane.mKeyNum, lane.mKeyStride, lane.mKeyInterpolateNum}),
+              (std::vector<u32>{Utils::hash("S32"), 2, 8, 1}));
     EXPECT_EQ(std::string(reinterpret_cast<char const*>(lane.mpKeyArray), 16), file.substr(68, 16));
     EXPECT_EQ(tracks[0].mpLaneArray[1].mControlType, 1u);
 

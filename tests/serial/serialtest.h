@@ -7,12 +7,11 @@
 #include <stdlib.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "foundation/allocator.h"
 #include "foundation/autostring.h"
+#include "testfiles.h"
 
 inline std::string const& getTempFolder()
 {
@@ -26,17 +25,6 @@ inline std::string const& getTempFolder()
 inline std::string makeTempPath(char const* name)
 {
     return getTempFolder() + name;
-}
-
-inline std::string readFile(std::string const& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-inline void writeFile(std::string const& path, std::string const& text)
-{
-    std::ofstream(path, std::ios::binary) << text;
 }
 
 class TestEnvironment : public testing::Environment {

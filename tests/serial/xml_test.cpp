@@ -152,16 +152,6 @@ TEST(XmlReader, NavigatesWhatTheWriterWroteAndSkipsWhatIsNoTag)
     }
 }
 
-TEST(XmlReader, AMissingFileGivesNoTags)
-{
-    testing::internal::CaptureStderr();
-    XmlReader missing;
-    TextFileStream stream(makeTempPath("missing/none.xml").c_str(), Stream::eMode_Read);
-    missing.parse(&stream);
-    testing::internal::GetCapturedStderr();
-    EXPECT_FALSE(missing.openTag("A"));
-}
-
 TEST(XmlReader, ReadNamesMissingAndUnknownClasses)
 {
     XmlReader reader;

@@ -3,7 +3,6 @@
 // viewers letting go of what dies, and the information windows rebuilding
 // their lists from the running systems while keeping the selection.
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "app/application.h"
@@ -13,6 +12,7 @@
 #include "resource/resourcesystem.h"
 #include "resource/textureresource.h"
 #include "serial/stream.h"
+#include "testfiles.h"
 #include "tool/infowindow.h"
 #include "tool/toolbase.h"
 #include "tool/viewerwindow.h"
@@ -157,10 +157,7 @@ TEST_F(ToolWindowTest, SaveWritesInPlaceOrAsksForANameAndLeavesOtherFormsAlone)
     // With a path: written beside and renamed in place, no longer modified.
     tool->save();
     EXPECT_FALSE(note->isModified());
-    std::ifstream in(file);
-    std::string text;
-    std::getline(in, text);
-    EXPECT_EQ(text, "note");
+    EXPECT_EQ(readFile(file), "note");
     EXPECT_FALSE(fs::exists(file + ".new"));
     // Not modified: nothing happens; a resource that is not a text form is
     // never written.

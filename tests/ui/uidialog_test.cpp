@@ -5,11 +5,11 @@
 // confirms at once.
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "app/application.h"
 #include "reflection/typeinfo.h"
+#include "testfiles.h"
 #include "ui/uibutton.h"
 #include "ui/uidialog.h"
 #include "ui/uisystem.h"
@@ -89,9 +89,6 @@ TEST_F(DialogTest, ButtonsKeysAndTheCloseButtonAnswerOnce)
     int const width = 12 * 6 + 32;
     EXPECT_EQ(box->getSize(), sSize(width, 96));
     EXPECT_EQ(box->getPosition(), sPoint((640 - width) / 2, (480 - 96) / 2));
-    EXPECT_EQ(box->getYesButton()->getPosition(), sPoint((width - 48) / 2 - 56, 64));
-    EXPECT_EQ(box->getNoButton()->getPosition(), sPoint((width - 48) / 2, 64));
-    EXPECT_EQ(box->getCancelButton()->getPosition(), sPoint((width + 48) / 2 + 8, 64));
     EXPECT_EQ(box->getOkButton(), nullptr);
     clickOn(box->getNoButton());
     frame();
@@ -138,7 +135,7 @@ TEST_F(DialogTest, TheFileDialogListsFoldersFirstFiltersAndCompletesTheExtension
     fs::path const folder = fs::path(Application::getInstance()->getIntermediatePath()) / name;
     fs::create_directories(folder / "sub");
     for (char const* file : {"b.tga", "a.bmp", "c.seq.xml", "d.tga"}) {
-        std::ofstream(folder / file) << "x";
+        writeFile((folder / file).string(), "x");
     }
     char const* filters[] = {"tga|Targa", "bmp|Bitmap", nullptr};
     UIFileDialog* dialog =

@@ -2,6 +2,8 @@
 // multiple selection with Control, the double click and Return that decide,
 // the scroll bar and the wheel, header buttons cut at the edge, and the
 // pull-down list that applies its highlight when anything takes the focus.
+#include <utility>
+
 #include "reflection/objectlist.h"
 #include "reflection/property.h"
 #include "ui/uibutton.h"
@@ -30,12 +32,7 @@ struct Calls {
     void select(unsigned int row) { mLog += "s" + std::to_string(row) + " "; }
     void decide(unsigned int row) { mLog += "d" + std::to_string(row) + " "; }
     void closed() { mLog += "closed "; }
-    std::string take()
-    {
-        std::string log = mLog;
-        mLog.clear();
-        return log;
-    }
+    std::string take() { return std::exchange(mLog, std::string()); }
     std::string mLog;
 };
 

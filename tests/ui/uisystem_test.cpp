@@ -151,16 +151,10 @@ TEST_F(UITest, KeysReachTheFocusAsMessagesAndShortcutsFireInTheSameFrame)
 
     // The focus widget's own shortcut, then the window's when it has none.
     field->mShortcutKey = 'S';
-    key(kUsageS, true);
-    frame();
-    key(kUsageS, false);
-    frame();
+    type(kUsageS);
     field->mShortcutKey = 0;
     window->mShortcutKey = 'S';
-    key(kUsageS, true);
-    frame();
-    key(kUsageS, false);
-    frame();
+    type(kUsageS);
     EXPECT_EQ(take("KeyDown Shortcut"), "F:KeyDown(83/0) F:Shortcut F:KeyDown(83/0) W:Shortcut");
 
     // A delegated key goes on up unchanged.

@@ -19,16 +19,6 @@ namespace uitest {
 
 namespace {
 
-class App : public Application {
-public:
-    App(sInitializer const* initializer, Clock* clock) : Application(initializer, clock) {}
-    void setup() override {}
-    void update(float) override {}
-};
-
-// Headless windows put the content at (100, 100) of the screen.
-int const kContentOrigin = 100;
-
 } // namespace
 
 Probe::Probe(char const* name, std::vector<std::string>* log, sRect const& rect, unsigned int windowAttribute,
@@ -88,20 +78,10 @@ void Probe::eventMouseUp(sPoint const& p, unsigned int button)
     note("MouseUp", p, static_cast<int>(button));
 }
 
-void Probe::eventKeyDown(unsigned int key, unsigned int combination)
+void Probe::noteKey(char const* event, unsigned int key, unsigned int combination)
 {
     char text[32];
-    snprintf(text, sizeof(text), "KeyDown(%u/%u)", key, combination);
-    note(text);
-    if (mDelegateKeys) {
-        delegate();
-    }
-}
-
-void Probe::eventKeyUp(unsigned int key, unsigned int combination)
-{
-    char text[32];
-    snprintf(text, sizeof(text), "KeyUp(%u/%u)", key, combination);
+    snprintf(text, sizeof(text), "%s(%u/%u)", event, key, combination);
     note(text);
     if (mDelegateKeys) {
         delegate();
@@ -138,7 +118,7 @@ public:
         platform::setHeadless(true);
         platform::hidResetScripted();
         Application::sInitializer const initializer = {"UI", 640, 480, 60, 20, 240};
-        sApplication = new App(&initializer, &sClock);
+        sApplication = new TestApp(&initializer, &sClock);
         MemoryManager* memory = MemoryManager::getInstance();
         AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
         sApplication->setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
@@ -224,27 +204,6 @@ void UITest::frame()
     RenderSystem::getInstance()->executeCommand();
     EXPECT_TRUE(mpUI->validate());
     advance(17);
-}
-
-void UITest::move(int x, int y)
-{
-    platform::sEvent const event = {platform::eEventClassMouse, platform::eEventMouseMoved,
-                                    static_cast<s16>(x + kContentOrigin), static_cast<s16>(y + kContentOrigin), 0, 0, 0};
-    Application::eventHandler(nullptr, &event, mpApp);
-}
-
-void UITest::press(int x, int y, u16 button)
-{
-    platform::sEvent const event = {platform::eEventClassMouse, platform::eEventMouseDown,
-                                    static_cast<s16>(x + kContentOrigin), static_cast<s16>(y + kContentOrigin), button, 0, 0};
-    Application::eventHandler(nullptr, &event, mpApp);
-}
-
-void UITest::release(int x, int y, u16 button)
-{
-    platform::sEvent const event = {platform::eEventClassMouse, platform::eEventMouseUp,
-                                    static_cast<s16>(x + kContentOrigin), static_cast<s16>(y + kContentOrigin), button, 0, 0};
-    Application::eventHandler(nullptr, &event, mpApp);
 }
 
 void UITest::key(u32 usage, bool down)

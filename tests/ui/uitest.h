@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "app/application.h"
 #include "app/systemmanager.h"
 #include "render/rendersystem.h"
+#include "testapp.h"
 #include "ui/uibase.h"
 #include "ui/uisystem.h"
 #include "ui/uiwindow.h"
@@ -50,13 +50,15 @@ public:
     void eventMouseUp(sPoint const& p, unsigned int button) override;
     void eventMouseDoubleClick(sPoint const& p, unsigned int button) override { note("DoubleClick", p, button); }
     void eventMouseWheel(sPoint const& amount) override { note("Wheel", amount); }
-    void eventKeyDown(unsigned int key, unsigned int combination) override;
-    void eventKeyUp(unsigned int key, unsigned int combination) override;
+    void eventKeyDown(unsigned int key, unsigned int combination) override { noteKey("KeyDown", key, combination); }
+    void eventKeyUp(unsigned int key, unsigned int combination) override { noteKey("KeyUp", key, combination); }
     void eventCustom(UIMessage const& message) override;
     UIShortcutBase const* findShortcut(unsigned int keyCode, unsigned int combinationKey) const override;
 
     void note(char const* event);
     void note(char const* event, sPoint const& p, int extra = -1);
+    // Passes the key on to the parent when mDelegateKeys is set.
+    void noteKey(char const* event, unsigned int key, unsigned int combination);
 
     void fire() { note("Shortcut"); }
 
@@ -79,9 +81,9 @@ protected:
     // preprocess, update, draw, postprocess, replay: the host's frame.
     void frame();
     // Mouse events at content point (x, y), as the window would deliver them.
-    void move(int x, int y);
-    void press(int x, int y, u16 button = 1);
-    void release(int x, int y, u16 button = 1);
+    void move(int x, int y) { sendMouse(mpApp, platform::eEventMouseMoved, x, y); }
+    void press(int x, int y, u16 button = 1) { sendMouse(mpApp, platform::eEventMouseDown, x, y, button); }
+    void release(int x, int y, u16 button = 1) { sendMouse(mpApp, platform::eEventMouseUp, x, y, button); }
     void key(u32 usage, bool down);
     // A key pressed for a frame and released, with a modifier held around it.
     void type(u32 usage, u32 modifier = 0);

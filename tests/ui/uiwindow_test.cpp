@@ -100,13 +100,7 @@ TEST_F(WindowTest, WindowsComeToTheFrontMoveSizeAndCloseAsTheUserDrivesThem)
     EXPECT_TRUE(front->getMenu()->isItemEnabled("Close"));
     mpUI->notifyMenuEnd();
     // Alt+F4 closes the active window.
-    key(kUsageLeftAlt, true);
-    key(kUsageF4, true);
-    frame();
-    key(kUsageF4, false);
-    key(kUsageLeftAlt, false);
-    frame();
-    frame();
+    type(kUsageF4, kUsageLeftAlt);
     EXPECT_FALSE(isOpen(front));
 }
 
