@@ -14,8 +14,6 @@
 #include "serial/datawriter.h"
 #include "ui/uicontrol.h"
 #include "serial/stream.h"
-#include "serial/xmlreader.h"
-#include "serial/xmlwriter.h"
 
 IMPLEMENT_OBJECT_TYPEINFO(AnimationList, "ResourceBase");
 IMPLEMENT_OBJECT_TYPEINFO(AnimationListIntermediate, "AnimationList");
@@ -218,22 +216,11 @@ bool AnimationListIntermediate::load(Stream& stream)
     removeAll();
     clearModify();
     clearUpdate();
-    {
-        XmlReader reader;
-        reader.parse(&stream);
-        reader.read(this, getTypeInfo()->getName());
-    }
-    takePathFrom(stream);
+    readXml(stream);
     return true;
 }
 
 bool AnimationListIntermediate::save(Stream& stream)
 {
-    if (stream.getTextAccessor() == nullptr) {
-        return false;
-    }
-    XmlWriter writer(getTypeInfo()->getName());
-    serialize(&writer, true, 0);
-    writer.write(&stream);
-    return true;
+    return writeXml(stream);
 }

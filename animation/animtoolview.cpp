@@ -1,5 +1,6 @@
 // Index
 //   [SECTION] Host
+//   [SECTION] Both views
 //   [SECTION] TextureView
 //   [SECTION] TextureForm
 //   [SECTION] AnimationView: input
@@ -184,15 +185,91 @@ ObjectBase* AnimViewHost::getSelectObject() const
 }
 
 // ---------------------------------------------------------------------------
+// [SECTION] Both views
+
+AnimViewBase::AnimViewBase(AnimViewHost* host, UIForm* form, u32 dragModeMask, u32 spaceBit, u32 gridBit,
+                           u32 zoomShift, u32 flags)
+    : mpHost(host), mpForm(form), mBackground(sColor::Black), mRemember(0, 0), mFlags(flags),
+      mDragModeMask(dragModeMask), mSpaceBit(spaceBit), mGridBit(gridBit), mZoomShift(zoomShift)
+{
+    UIMenu* menu = new UIMenu();
+    menu->addItem("Grid", this, &AnimViewBase::evGrid, UIMenu::eItemAttribute_Check, true, true);
+    setMenu(menu);
+}
+
+void AnimViewBase::setZoom(int zoom)
+{
+    zoom = (zoom < 1) ? 1 : (zoom > kMaxZoom) ? kMaxZoom : zoom;
+    int const old = getZoom();
+    if (zoom == old) {
+        return;
+    }
+    mFlags = (mFlags & ~(kZoomBits << mZoomShift)) | (static_cast<u32>(zoom) << mZoomShift);
+    resizeCanvas();
+    scrollByZoom(mpForm, getSize(), old, zoom);
+}
+
+void AnimViewBase::evGrid()
+{
+    mFlags ^= mGridBit;
+    getMenu()->setItemCheck("Grid", isGrid());
+}
+
+bool AnimViewBase::keyView(unsigned int key)
+{
+    switch (key) {
+    case eAnimViewKey_Space:
+        mFlags |= mSpaceBit;
+        return true;
+    case eAnimViewKey_ZoomIn:
+        setZoom(getZoom() + 1);
+        return true;
+    case eAnimViewKey_ZoomOut:
+        setZoom(getZoom() - 1);
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool AnimViewBase::beginScroll(u32 scrollMode)
+{
+    if ((mFlags & mSpaceBit) == 0) {
+        return false;
+    }
+    if (mpForm != nullptr) {
+        mRemember = mpForm->getScrollBarPosition();
+        setDragMode(scrollMode);
+    }
+    return true;
+}
+
+void AnimViewBase::scrollByDrag()
+{
+    mpForm->setScrollBarPosition(mRemember - getDragAmount());
+}
+
+void AnimViewBase::eventMouseUp(sPoint const&, unsigned int)
+{
+    setDragMode(0);
+}
+
+void AnimViewBase::eventKeyUp(unsigned int key, unsigned int)
+{
+    if (key == eAnimViewKey_Space) {
+        mFlags &= ~mSpaceBit;
+        return;
+    }
+    delegate();
+}
+
+// ---------------------------------------------------------------------------
 // [SECTION] TextureView
 
 TextureView::TextureView(AnimViewHost* host, UIForm* form)
-    : mpHost(host), mpForm(form), mpTexture(nullptr), mBackground(sColor::Black), mRemember(0, 0),
-      mFlags(kGridBit | (1u << kZoomShift))
+    : AnimViewBase(host, form, kDragModeMask, kSpaceBit, kGridBit, kZoomShift, kGridBit | (1u << kZoomShift)),
+      mpTexture(nullptr)
 {
-    UIMenu* menu = new UIMenu();
-    menu->addItem("Grid", this, &TextureView::evGrid, UIMenu::eItemAttribute_Check, true, true);
-    setMenu(menu);
 }
 
 TextureView::~TextureView()
@@ -200,24 +277,6 @@ TextureView::~TextureView()
     if (mpTexture != nullptr) {
         mpTexture->release();
     }
-}
-
-void TextureView::setZoom(int zoom)
-{
-    zoom = (zoom < 1) ? 1 : (zoom > kMaxZoom) ? kMaxZoom : zoom;
-    int const old = getZoom();
-    if (zoom == old) {
-        return;
-    }
-    mFlags = (mFlags & ~kZoomMask) | (static_cast<u32>(zoom) << kZoomShift);
-    resizeCanvas();
-    scrollByZoom(mpForm, getSize(), old, zoom);
-}
-
-void TextureView::evGrid()
-{
-    mFlags ^= kGridBit;
-    getMenu()->setItemCheck("Grid", isGrid());
 }
 
 void TextureView::takeTexture()
@@ -266,11 +325,7 @@ void TextureView::eventMouseDown(sPoint const& position, unsigned int button)
     if (button != kPrimary || mpHost == nullptr || mpTexture == nullptr || mpHost->getViewSequencer() == nullptr) {
         return;
     }
-    if ((mFlags & kSpaceBit) != 0) {
-        if (mpForm != nullptr) {
-            mRemember = mpForm->getScrollBarPosition();
-            setDragMode(eDragMode_Scroll);
-        }
+    if (beginScroll(eDragMode_Scroll)) {
         return;
     }
     if (getPickObject() != nullptr) {
@@ -286,7 +341,7 @@ void TextureView::eventMouseMove(sPoint const& position)
 {
     switch (getDragMode()) {
     case eDragMode_Scroll:
-        mpForm->setScrollBarPosition(mRemember - getDragAmount());
+        scrollByDrag();
         break;
     case eDragMode_Pick: {
         ObjectBase* object = getPickObject();
@@ -311,27 +366,12 @@ void TextureView::eventMouseMove(sPoint const& position)
     }
 }
 
-void TextureView::eventMouseUp(sPoint const&, unsigned int)
-{
-    setDragMode(eDragMode_None);
-}
-
 // Arrow keys nudge the rectangle of a cell or generator: its corner, or its
 // size with Shift. Neither goes below 0.
 void TextureView::eventKeyDown(unsigned int key, unsigned int combination)
 {
-    switch (key) {
-    case eAnimViewKey_Space:
-        mFlags |= kSpaceBit;
+    if (keyView(key)) {
         return;
-    case eAnimViewKey_ZoomIn:
-        setZoom(getZoom() + 1);
-        return;
-    case eAnimViewKey_ZoomOut:
-        setZoom(getZoom() - 1);
-        return;
-    default:
-        break;
     }
     ObjectBase* object = getPickObject();
     // With Option or Command the arrows are the tool's (seeking to markers).
@@ -383,15 +423,6 @@ void TextureView::eventKeyDown(unsigned int key, unsigned int combination)
         static_cast<AnimGenerator*>(object)->mUV = uv;
     }
     primitive->setSize(size);
-}
-
-void TextureView::eventKeyUp(unsigned int key, unsigned int)
-{
-    if (key == eAnimViewKey_Space) {
-        mFlags &= ~kSpaceBit;
-        return;
-    }
-    delegate();
 }
 
 // The texture at its own size; grid and frames at the zoom.
@@ -535,11 +566,10 @@ void TextureForm::update(float deltaTime)
 // [SECTION] AnimationView: input
 
 AnimationView::AnimationView(AnimViewHost* host, UIForm* form)
-    : mpHost(host), mpForm(form), mBackground(sColor::Black), mRemember(0, 0),
-      mFlags(kGridBit | kCurveBit | (1u << kZoomShift))
+    : AnimViewBase(host, form, kDragModeMask, kSpaceBit, kGridBit, kZoomShift,
+                   kGridBit | kCurveBit | (1u << kZoomShift))
 {
-    UIMenu* menu = new UIMenu();
-    menu->addItem("Grid", this, &AnimationView::evGrid, UIMenu::eItemAttribute_Check, true, true);
+    UIMenu* menu = getMenu();
     menu->addItem("Curve", this, &AnimationView::evCurve, UIMenu::eItemAttribute_Check, true, true);
     menu->addSeparator();
     menu->addItem("BGBlack", this, &AnimationView::evBGBlack, UIMenu::eItemAttribute_Radio, true, true);
@@ -547,31 +577,12 @@ AnimationView::AnimationView(AnimViewHost* host, UIForm* form)
     menu->addItem("BGGreen", this, &AnimationView::evBGGreen, UIMenu::eItemAttribute_Radio);
     menu->addItem("BGBlue", this, &AnimationView::evBGBlue, UIMenu::eItemAttribute_Radio);
     menu->addItem("BGWhite", this, &AnimationView::evBGWhite, UIMenu::eItemAttribute_Radio);
-    setMenu(menu);
     resizeCanvas();
-}
-
-void AnimationView::setZoom(int zoom)
-{
-    zoom = (zoom < 1) ? 1 : (zoom > kMaxZoom) ? kMaxZoom : zoom;
-    int const old = getZoom();
-    if (zoom == old) {
-        return;
-    }
-    mFlags = (mFlags & ~kZoomMask) | (static_cast<u32>(zoom) << kZoomShift);
-    resizeCanvas();
-    scrollByZoom(mpForm, getSize(), old, zoom);
 }
 
 sPoint AnimationView::getCenter() const
 {
     return sPoint(static_cast<int>(getSize().width) / 2, static_cast<int>(getSize().height) / 2);
-}
-
-void AnimationView::evGrid()
-{
-    mFlags ^= kGridBit;
-    getMenu()->setItemCheck("Grid", isGrid());
 }
 
 void AnimationView::evCurve()
@@ -617,11 +628,7 @@ void AnimationView::eventMouseDown(sPoint const& position, unsigned int button)
     if (button != kPrimary || mpHost == nullptr || mpHost->getViewSequencer() == nullptr) {
         return;
     }
-    if ((mFlags & kSpaceBit) != 0) {
-        if (mpForm != nullptr) {
-            mRemember = mpForm->getScrollBarPosition();
-            setDragMode(eDragMode_Scroll);
-        }
+    if (beginScroll(eDragMode_Scroll)) {
         return;
     }
     ObjectBase* object = mpHost->getSelectObject();
@@ -663,7 +670,7 @@ void AnimationView::eventMouseMove(sPoint const&)
         return;
     }
     if (mode == eDragMode_Scroll) {
-        mpForm->setScrollBarPosition(mRemember - getDragAmount());
+        scrollByDrag();
         return;
     }
     if (mpHost == nullptr || mpHost->getViewSelectTrack() == nullptr) {
@@ -701,35 +708,21 @@ void AnimationView::eventMouseMove(sPoint const&)
     }
 }
 
-void AnimationView::eventMouseUp(sPoint const&, unsigned int)
-{
-    setDragMode(eDragMode_None);
-}
-
 // Arrow keys move the selected primitive by one pixel, past the limits that
 // hold a drag. With Shift a collision box changes its width or height
 // instead, by its right or bottom edge: the position follows so that the
 // left or top edge, position - size / 2, stays.
 void AnimationView::eventKeyDown(unsigned int key, unsigned int combination)
 {
-    switch (key) {
-    case eAnimViewKey_Space:
-        mFlags |= kSpaceBit;
+    if (keyView(key)) {
         return;
-    case eAnimViewKey_ZoomIn:
-        setZoom(getZoom() + 1);
-        return;
-    case eAnimViewKey_ZoomOut:
-        setZoom(getZoom() - 1);
-        return;
-    case eAnimViewKey_Home:
+    }
+    if (key == eAnimViewKey_Home) {
         if (getDragMode() == eDragMode_None) {
             int const middle = kCanvasSide / 2 * getZoom();
             scrollTo(sPoint(middle, middle));
         }
         return;
-    default:
-        break;
     }
     ObjectBase* object = (mpHost != nullptr) ? mpHost->getSelectObject() : nullptr;
     // With Option or Command the arrows are the tool's (seeking to markers).
@@ -778,15 +771,6 @@ void AnimationView::eventKeyDown(unsigned int key, unsigned int combination)
     int const top = position.y - static_cast<int>(size.height) / 2;
     primitive->setSize(sSize(static_cast<unsigned int>(width), static_cast<unsigned int>(height)));
     primitive->setPosition(sPoint(left + width / 2, top + height / 2));
-}
-
-void AnimationView::eventKeyUp(unsigned int key, unsigned int)
-{
-    if (key == eAnimViewKey_Space) {
-        mFlags &= ~kSpaceBit;
-        return;
-    }
-    delegate();
 }
 
 // ---------------------------------------------------------------------------

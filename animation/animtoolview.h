@@ -53,9 +53,70 @@ enum eAnimViewKey {
 };
 
 // ---------------------------------------------------------------------------
+// Both views
+
+// What both views share: the host and the scrolled form, the background,
+// a remembered point and a word of flags holding the drag mode, the Space
+// key, the grid and the zoom. The bits sit differently in each view, so each
+// tells its own layout; Space, "+", "-", the release of the mouse and the
+// "Grid" row, first in the context menu, behave the same in both.
+class AnimViewBase : public UIBase {
+public:
+    static constexpr int kMaxZoom = 8;
+    static constexpr int kGridStep = 16;
+
+    u32 getFlags() const { return mFlags; }
+    u32 getDragMode() const { return mFlags & mDragModeMask; }
+    bool isGrid() const { return (mFlags & mGridBit) != 0; }
+    int getZoom() const { return static_cast<int>((mFlags >> mZoomShift) & kZoomBits); }
+    // 1 to 8; resizes the canvas and keeps the centre of the shown part.
+    void setZoom(int zoom);
+    sColor getBackground() const { return mBackground; }
+
+    // The context menu's row.
+    void evGrid();
+
+    void eventMouseUp(sPoint const& position, unsigned int button) override;
+    void eventKeyUp(unsigned int key, unsigned int combination) override;
+
+protected:
+    // dragModeMask: the low bits of the drag mode; spaceBit and gridBit: one
+    // bit each; zoomShift: where the four bits of the zoom start. flags: the
+    // start value, the zoom included.
+    AnimViewBase(AnimViewHost* host, UIForm* form, u32 dragModeMask, u32 spaceBit, u32 gridBit, u32 zoomShift,
+                 u32 flags);
+
+    void setDragMode(u32 mode) { mFlags = (mFlags & ~mDragModeMask) | mode; }
+    // Space, "+" and "-"; false for any other key.
+    bool keyView(unsigned int key);
+    // With Space held, a primary press starts scrolling in the given mode;
+    // false without Space.
+    bool beginScroll(u32 scrollMode);
+    // Follows a scrolling drag.
+    void scrollByDrag();
+    // The canvas at the zoom.
+    virtual void resizeCanvas() = 0;
+
+    AnimViewHost* mpHost;
+    UIForm* mpForm;
+    sColor mBackground;
+    sPoint mRemember;
+    u32 mFlags;
+
+private:
+    static constexpr u32 kZoomBits = 0xF;
+
+    u32 const mDragModeMask;
+    u32 const mSpaceBit;
+    u32 const mGridBit;
+    u32 const mZoomShift;
+};
+
+// ---------------------------------------------------------------------------
 // Texture side
 
-class TextureView : public UIBase {
+// mRemember: picking, the press; scrolling, the scroll position.
+class TextureView : public AnimViewBase {
 public:
     enum eDragMode {
         eDragMode_None = 0,
@@ -66,26 +127,13 @@ public:
     static constexpr u32 kSpaceBit = 4;
     static constexpr u32 kGridBit = 8;
     static constexpr u32 kZoomShift = 4;
-    static constexpr u32 kZoomMask = 0xF0;
-    static constexpr int kMaxZoom = 8;
-    static constexpr int kGridStep = 16;
 
     // form: the scrolled form that holds the view.
     TextureView(AnimViewHost* host, UIForm* form);
     // Releases the texture.
     ~TextureView() override;
 
-    u32 getFlags() const { return mFlags; }
-    u32 getDragMode() const { return mFlags & kDragModeMask; }
-    bool isGrid() const { return (mFlags & kGridBit) != 0; }
-    int getZoom() const { return static_cast<int>((mFlags & kZoomMask) >> kZoomShift); }
-    // 1 to 8; resizes the canvas and keeps the centre of the shown part.
-    void setZoom(int zoom);
     TextureResource* getTexture() const { return mpTexture; }
-    sColor getBackground() const { return mBackground; }
-
-    // The context menu's row.
-    void evGrid();
 
     // Follows the animation's texture and keeps the canvas at its size
     // times the zoom.
@@ -93,23 +141,17 @@ public:
     void eventPaint(UIPainter* painter) override;
     void eventMouseDown(sPoint const& position, unsigned int button) override;
     void eventMouseMove(sPoint const& position) override;
-    void eventMouseUp(sPoint const& position, unsigned int button) override;
     void eventKeyDown(unsigned int key, unsigned int combination) override;
-    void eventKeyUp(unsigned int key, unsigned int combination) override;
+
+protected:
+    void resizeCanvas() override;
 
 private:
-    void setDragMode(u32 mode) { mFlags = (mFlags & ~kDragModeMask) | mode; }
     void takeTexture();
-    void resizeCanvas();
     // The selected track's object when it is exactly a cell or a generator.
     ObjectBase* getPickObject() const;
 
-    AnimViewHost* mpHost;
-    UIForm* mpForm;
     TextureResource* mpTexture;
-    sColor mBackground;
-    sPoint mRemember; // picking: the press; scrolling: the scroll position
-    u32 mFlags;
 };
 
 // The texture's resource field, its size and the scrolled TextureView.
@@ -148,7 +190,8 @@ private:
 // ---------------------------------------------------------------------------
 // Animation side
 
-class AnimationView : public UIBase {
+// mRemember: dragging, the object's start; scrolling, the scroll position.
+class AnimationView : public AnimViewBase {
 public:
     enum eDragMode {
         eDragMode_None = 0,
@@ -171,13 +214,10 @@ public:
     static constexpr u32 kGridBit = 16;
     static constexpr u32 kCurveBit = 32;
     static constexpr u32 kZoomShift = 6;
-    static constexpr u32 kZoomMask = 0x3C0;
-    static constexpr int kMaxZoom = 8;
     // The canvas at zoom 1; positions are kept within half of it each way.
     static constexpr int kCanvasSide = 1024;
     static constexpr int kPositionMin = -512;
     static constexpr int kPositionMax = 511;
-    static constexpr int kGridStep = 16;
     // Handle of a generator or a nested animation: this many pixels each way.
     static constexpr int kHandleHalf = 16;
     static constexpr int kKeyCrossHalf = 4;
@@ -188,19 +228,11 @@ public:
 
     AnimationView(AnimViewHost* host, UIForm* form);
 
-    u32 getFlags() const { return mFlags; }
-    u32 getDragMode() const { return mFlags & kDragModeMask; }
-    bool isGrid() const { return (mFlags & kGridBit) != 0; }
     bool isCurve() const { return (mFlags & kCurveBit) != 0; }
-    int getZoom() const { return static_cast<int>((mFlags & kZoomMask) >> kZoomShift); }
-    // 1 to 8; resizes the canvas and keeps the centre of the shown part.
-    void setZoom(int zoom);
-    sColor getBackground() const { return mBackground; }
     // The canvas point of the animation's origin.
     sPoint getCenter() const;
 
-    // The context menu's rows.
-    void evGrid();
+    // The context menu's rows besides "Grid".
     void evCurve();
     void evBGBlack() { setBackground(eBackground_Black); }
     void evBGRed() { setBackground(eBackground_Red); }
@@ -217,14 +249,13 @@ public:
     void eventPaint(UIPainter* painter) override;
     void eventMouseDown(sPoint const& position, unsigned int button) override;
     void eventMouseMove(sPoint const& position) override;
-    void eventMouseUp(sPoint const& position, unsigned int button) override;
     void eventKeyDown(unsigned int key, unsigned int combination) override;
-    void eventKeyUp(unsigned int key, unsigned int combination) override;
+
+protected:
+    void resizeCanvas() override;
 
 private:
-    void setDragMode(u32 mode) { mFlags = (mFlags & ~kDragModeMask) | mode; }
     void setBackground(unsigned int background);
-    void resizeCanvas();
     void scrollTo(sPoint const& canvasPoint);
 
     // texture: the root's, null to take the sequencer's.
@@ -234,12 +265,6 @@ private:
     void drawCurve(UIPainter* painter, SequencerTrack const* track) const;
     void drawHermiteCurve(UIPainter* painter, SequencerLane const* lane, u32 index, sColor color) const;
     void drawFrame(UIPainter* painter, ObjectBase const* object, sColor color) const;
-
-    AnimViewHost* mpHost;
-    UIForm* mpForm;
-    sColor mBackground;
-    sPoint mRemember; // dragging: the object's start; scrolling: the scroll position
-    u32 mFlags;
 };
 
 // The scrolled AnimationView, filling the form.

@@ -12,10 +12,8 @@
 #include "machineload.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <ctime>
-#include <fstream>
 #include <random>
 #include <string>
 #include <vector>
@@ -25,12 +23,9 @@
 #include "animation/animationunit.h"
 #include "animation/animresource.h"
 #include "animation/animsequencer.h"
-#include "app/application.h"
-#include "foundation/autostring.h"
-#include "foundation/memorymanager.h"
+#include "animbuild.h"
+#include "benchapp.h"
 #include "jobs/jobsystem.h"
-#include "platform/platform.h"
-#include "reflection/control.h"
 #include "reflection/objectlist.h"
 #include "render/rendersystem.h"
 #include "render/viewsystem.h"
@@ -46,20 +41,6 @@ int const kUnitNum = 1000;
 u32 const kEndFrame = 120;
 // 68,000 quads take some 5.5 MB of command memory: 12 MiB for the renderer.
 u32 const kCommandBufferSize = 0xC00000;
-
-typedef std::chrono::steady_clock Clock;
-
-double millisecondsSince(Clock::time_point start)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-class BenchApplication : public Application {
-public:
-    BenchApplication(sInitializer const* initializer, Clock* clock) : Application(initializer, clock) {}
-    void setup() override {}
-    void update(float) override {}
-};
 
 // Moves one nominal frame per benchmark frame, so that units update with a
 // delta of 1 and every animation advances one frame (the frame loop is not
@@ -83,48 +64,6 @@ void nextFrame()
     Application* application = Application::getInstance();
     gClock.mNow += application->getCountPerFrame();
     application->checkInterval();
-}
-
-// A 64 by 32 sheet as a TGA in the benchmark's own data folder: four 16 by
-// 16 frames and a particle.
-void writeSheet(std::string const& path)
-{
-    u8 header[18] = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 64, 0, 32, 0, 32, 8 | 0x20};
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<char const*>(header), sizeof(header));
-    for (int y = 0; y < 32; ++y) {
-        for (int x = 0; x < 64; ++x) {
-            u8 const pixel[4] = {static_cast<u8>(x * 4), static_cast<u8>(y * 8), 200, 255};
-            file.write(reinterpret_cast<char const*>(pixel), 4);
-        }
-    }
-}
-
-template <typename T>
-void key(AnimResource* animation, char const* track, char const* lane, u32 frame, T value,
-         SequencerResource::eInterpolateType mode = SequencerResource::eInterpolateType_Constant)
-{
-    animation->addKey(track, lane, frame, mode);
-    animation->setKeyParameter(track, lane, frame, &value);
-}
-
-void addTrack(AnimResource* animation, char const* track, TypeInfo const* type, std::vector<char const*> const& lanes)
-{
-    animation->addTrack(type, track);
-    ObjectBase* object = type->newInstance();
-    List<ControlBase> controls;
-    object->makeControlList(controls);
-    for (char const* lane : lanes) {
-        for (LinkIterator<ControlBase> it = controls.begin(); it != controls.end(); ++it) {
-            if (AutoString(it->getName()) == lane) {
-                animation->addLane(track, *it);
-            }
-        }
-    }
-    for (LinkIterator<ControlBase> it = controls.begin(); it != controls.end(); ++it) {
-        delete *it;
-    }
-    delete object;
 }
 
 AnimResource* makeAnimation(TextureResource* sheet)
@@ -198,17 +137,12 @@ public:
 private:
     Harness()
     {
-        platform::setUnattended(true);
-        char const* display = getenv("DISPLAY");
-        platform::setHeadless(display == nullptr || display[0] == '\0');
         // A fixed rate: each frame that is due counts as one nominal frame.
         Application::sInitializer initializer = {"Animation benchmark", static_cast<u32>(kWidth),
                                                  static_cast<u32>(kHeight), 60, 60, 60};
-        mpApplication = new BenchApplication(&initializer, &gClock);
+        mpApplication = startBenchApplication(initializer, 0x400000, &gClock);
         mpApplication->checkInterval();
         MemoryManager* memory = MemoryManager::getInstance();
-        AutoString::setAllocator(memory->createAllocator(0x400000, "String"));
-        mpApplication->setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
         // As the host: every bound lane keeps a control and its property here.
         PropertyBase::setAllocator(memory->createBlockAllocator(48, 0x10000, "Property"));
         System::setAllocator(memory->createAllocator(0x2000000, "System"));
@@ -275,24 +209,24 @@ void BM_AnimationFrame(benchmark::State& state)
         harness.mpRender->preprocess();
         units->preprocess();
         std::clock_t const cpuStart = std::clock();
-        Clock::time_point start = Clock::now();
+        BenchClock::time_point start = BenchClock::now();
         units->update();
         double const updateTime = millisecondsSince(start);
         std::clock_t const cpuMiddle = std::clock();
-        start = Clock::now();
+        start = BenchClock::now();
         harness.mpViews->update();
         double const drawTime = millisecondsSince(start);
         std::clock_t const cpuEnd = std::clock();
-        cpuUpdate += 1000.0 * static_cast<double>(cpuMiddle - cpuStart) / CLOCKS_PER_SEC;
-        cpu += 1000.0 * static_cast<double>(cpuEnd - cpuStart) / CLOCKS_PER_SEC;
+        cpuUpdate += cpuMilliseconds(cpuStart, cpuMiddle);
+        cpu += cpuMilliseconds(cpuStart, cpuEnd);
         update += updateTime;
         draw += drawTime;
         best = std::min(best, updateTime + drawTime);
         units->postprocess();
-        start = Clock::now();
+        start = BenchClock::now();
         harness.mpRender->postprocess();
         sort += millisecondsSince(start);
-        start = Clock::now();
+        start = BenchClock::now();
         harness.mpRender->executeCommand();
         replay += millisecondsSince(start);
     }
@@ -353,8 +287,7 @@ void BM_ParticleUpdate(benchmark::State& state)
             generator->update(sFixed::One);
         }
     }
-    state.counters["cpu_ms"] = 1000.0 * static_cast<double>(std::clock() - cpuStart) / CLOCKS_PER_SEC /
-                               static_cast<double>(state.iterations());
+    state.counters["cpu_ms"] = cpuMillisecondsSince(cpuStart) / static_cast<double>(state.iterations());
     state.counters["particles"] = kUnitNum * 64;
     for (AnimGenerator* generator : generators) {
         delete generator;

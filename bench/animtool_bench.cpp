@@ -8,23 +8,19 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
-#include <ctime>
-#include <fstream>
 #include <string>
-#include <vector>
 
 #include "animation/animation.h"
 #include "animation/animresource.h"
 #include "animation/animsequencer.h"
 #include "animation/animtool.h"
+#include "animbuild.h"
 #include "machineload.h"
-#include "reflection/control.h"
 #include "resource/resourcesystem.h"
 #include "resource/textureresource.h"
-#include "sequencer/sequencerresource.h"
 #include "tool/toolbase.h"
+#include "toolframe.h"
 #include "ui/uimessage.h"
-#include "uiharness.h"
 
 namespace {
 
@@ -33,47 +29,6 @@ int const kNestedCells = 4;
 u8 const kParticles = 255;
 u32 const kEndFrame = 240;
 int const kZoom = 4;
-
-// A 64 by 32 sheet as a TGA in the benchmark's own data folder.
-void writeSheet(std::string const& path)
-{
-    u8 header[18] = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 64, 0, 32, 0, 32, 8 | 0x20};
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<char const*>(header), sizeof(header));
-    for (int y = 0; y < 32; ++y) {
-        for (int x = 0; x < 64; ++x) {
-            u8 const pixel[4] = {static_cast<u8>(x * 4), static_cast<u8>(y * 8), 200, 255};
-            file.write(reinterpret_cast<char const*>(pixel), 4);
-        }
-    }
-}
-
-template <typename T>
-void key(AnimResource* animation, char const* track, char const* lane, u32 frame, T value,
-         SequencerResource::eInterpolateType mode = SequencerResource::eInterpolateType_Constant)
-{
-    animation->addKey(track, lane, frame, mode);
-    animation->setKeyParameter(track, lane, frame, &value);
-}
-
-void addTrack(AnimResource* animation, char const* track, TypeInfo const* type, std::vector<char const*> const& lanes)
-{
-    animation->addTrack(type, track);
-    ObjectBase* object = type->newInstance();
-    List<ControlBase> controls;
-    object->makeControlList(controls);
-    for (char const* lane : lanes) {
-        for (LinkIterator<ControlBase> it = controls.begin(); it != controls.end(); ++it) {
-            if (AutoString(it->getName()) == lane) {
-                animation->addLane(track, *it);
-            }
-        }
-    }
-    for (LinkIterator<ControlBase> it = controls.begin(); it != controls.end(); ++it) {
-        delete *it;
-    }
-    delete object;
-}
 
 void addCells(AnimResource* animation, char const* prefix, int count)
 {
@@ -187,11 +142,7 @@ void BM_AnimToolFrame(benchmark::State& state)
     UISystem* ui = UISystem::getInstance();
     AnimResource* animation = harness.mpAnimation;
     AnimTool* tool = new AnimTool();
-    tool->setPosition(sPoint(32, 32));
-    tool->setSize(sSize(800, 700));
-    tool->setManagedResource(animation);
-    ui->addWindow(tool);
-    manager->preprocess();
+    openTool(tool, animation);
     tool->setSelectLane(animation->findLane("c0", "Position"));
     AnimationView* view = tool->getAnimationForm()->getView();
     view->setZoom(kZoom);
@@ -208,32 +159,11 @@ void BM_AnimToolFrame(benchmark::State& state)
         manager->postprocess();
         RenderSystem::getInstance()->executeCommand();
     }
-    double update = 0.0;
-    double paint = 0.0;
+    sToolFrameTime time;
     for (auto _ : state) {
-        animation->clearUpdate();
-        if (!tool->getSequencer()->isPlaying()) {
-            tool->seekStart();
-            tool->togglePlay();
-        }
-        manager->preprocess();
-        std::clock_t start = std::clock();
-        // The headless application's frame time stays 0, so the tool's own
-        // update does not move the player: one frame's step is taken here.
-        tool->getSequencer()->update(1.0f);
-        ui->update();
-        std::clock_t const middle = std::clock();
-        ui->draw();
-        std::clock_t const stop = std::clock();
-        update += 1000.0 * static_cast<double>(middle - start) / CLOCKS_PER_SEC;
-        paint += 1000.0 * static_cast<double>(stop - middle) / CLOCKS_PER_SEC;
-        manager->postprocess();
-        RenderSystem::getInstance()->executeCommand();
+        runToolFrame(tool, animation, time);
     }
-    double const frames = static_cast<double>(state.iterations());
-    state.counters["update_cpu_ms"] = update / frames;
-    state.counters["paint_cpu_ms"] = paint / frames;
-    state.counters["cpu_frame_ms"] = (update + paint) / frames;
+    reportToolFrames(state, time);
     AnimSequencer* sequencer = tool->getAnimSequencer();
     u32 live = 0;
     for (u32 t = 0; t < sequencer->getTrackNum(); ++t) {
@@ -250,10 +180,7 @@ void BM_AnimToolFrame(benchmark::State& state)
     state.counters["cells"] = sequencer->getAnimCellNum();
     state.counters["zoom"] = view->getZoom();
     state.counters["texture"] = (sequencer->getTexture() != nullptr && sequencer->getTexture()->getTexture() != nullptr) ? 1 : 0;
-    ui->removeWindow(tool);
-    manager->preprocess();
-    manager->postprocess();
-    RenderSystem::getInstance()->executeCommand();
+    closeTool(tool);
 }
 BENCHMARK(BM_AnimToolFrame)->Unit(benchmark::kMillisecond);
 

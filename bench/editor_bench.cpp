@@ -9,7 +9,6 @@
 // against closed: what the window adds.
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstdio>
 #include <ctime>
 
@@ -37,18 +36,6 @@
 #include "unit/unitsystem.h"
 
 namespace {
-
-typedef std::chrono::steady_clock Clock;
-
-double millisecondsSince(Clock::time_point start)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-double cpuMillisecondsSince(std::clock_t start)
-{
-    return 1000.0 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-}
 
 // A row of the list: a name, a number and a flag.
 class Row : public ObjectBase {
@@ -155,11 +142,11 @@ void runFrames(benchmark::State& state, UIWindow* window, Step step)
     for (auto _ : state) {
         step();
         manager->preprocess();
-        Clock::time_point start = Clock::now();
+        BenchClock::time_point start = BenchClock::now();
         std::clock_t const cpuStart = std::clock();
         ui->update();
         double const updateTime = millisecondsSince(start);
-        start = Clock::now();
+        start = BenchClock::now();
         ui->draw();
         double const paintTime = millisecondsSince(start);
         cpu += cpuMillisecondsSince(cpuStart);

@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <string>
 
-#include "app/application.h"
+#include "benchapp.h"
 #include "foundation/allocator.h"
 #include "foundation/autostring.h"
 #include "platform/window.h"
@@ -24,13 +24,6 @@ namespace {
 
 u32 const kSize = 1024;
 char const* const kPath = "bench/big";
-
-class BenchApplication : public Application {
-public:
-    explicit BenchApplication(sInitializer const* initializer) : Application(initializer) {}
-    void setup() override {}
-    void update(float) override {}
-};
 
 std::string nativeFile()
 {

@@ -12,7 +12,7 @@
 #include <random>
 #include <vector>
 
-#include "app/application.h"
+#include "benchapp.h"
 #include "machineload.h"
 #include "foundation/memorymanager.h"
 #include "foundation/autostring.h"
@@ -31,13 +31,6 @@ int const kKeys = 100;
 u32 const kKeySpacing = 40;
 u32 const kEndFrame = kKeys * kKeySpacing;
 char const* const kNames[kLanes] = {"V0", "V1", "V2", "V3", "V4", "V5", "V6", "V7", "V8", "V9"};
-
-class BenchApplication : public Application {
-public:
-    explicit BenchApplication(sInitializer const* initializer) : Application(initializer) {}
-    void setup() override {}
-    void update(float) override {}
-};
 
 // Ten float properties, the object each sequencer drives.
 class BenchTarget : public ObjectBase {

@@ -4,16 +4,11 @@
 // Headless: recording only. Goal: under 2 ms a frame.
 #include <benchmark/benchmark.h>
 
-#include <ctime>
-
 #include "machineload.h"
 #include "reflection/control.h"
 #include "reflection/property.h"
 #include "resource/resourcebase.h"
-#include "sequencer/sequencer.h"
-#include "sequencer/sequencerresource.h"
-#include "sequencer/sequencertool.h"
-#include "uiharness.h"
+#include "toolframe.h"
 
 namespace {
 
@@ -95,55 +90,24 @@ public:
 void BM_SequencerToolFrame(benchmark::State& state)
 {
     Harness::get();
-    SystemManager* manager = SystemManager::getInstance();
-    UISystem* ui = UISystem::getInstance();
     SequencerResourceIntermediate* sequence = makeSequence();
     SequencerTool* tool = new SequencerTool();
-    tool->setPosition(sPoint(32, 32));
-    tool->setSize(sSize(800, 700));
-    tool->setManagedResource(sequence);
-    ui->addWindow(tool);
-    manager->preprocess();
+    openTool(tool, sequence);
     // The first lane of the first track selected, so that the control form
     // shows the track's controls and a key.
     tool->setSelectLane(static_cast<SequencerLane*>(
         *static_cast<SequencerTrack*>(*sequence->getTrackList().begin())->mLaneList.begin()));
     tool->togglePlay();
-    double update = 0.0;
-    double paint = 0.0;
+    sToolFrameTime time;
     for (auto _ : state) {
-        // What the resource system does every frame: the edit flag lasts one.
-        sequence->clearUpdate();
-        if (!tool->getSequencer()->isPlaying()) {
-            tool->seekStart();
-            tool->togglePlay();
-        }
-        manager->preprocess();
-        std::clock_t start = std::clock();
-        // The headless application's frame time stays 0, so the tool's own
-        // update does not move the player: one frame's step is taken here.
-        tool->getSequencer()->update(1.0f);
-        ui->update();
-        std::clock_t const middle = std::clock();
-        ui->draw();
-        std::clock_t const stop = std::clock();
-        update += 1000.0 * static_cast<double>(middle - start) / CLOCKS_PER_SEC;
-        paint += 1000.0 * static_cast<double>(stop - middle) / CLOCKS_PER_SEC;
-        manager->postprocess();
-        RenderSystem::getInstance()->executeCommand();
+        runToolFrame(tool, sequence, time);
     }
-    double const frames = static_cast<double>(state.iterations());
-    state.counters["update_cpu_ms"] = update / frames;
-    state.counters["paint_cpu_ms"] = paint / frames;
-    state.counters["cpu_frame_ms"] = (update + paint) / frames;
+    reportToolFrames(state, time);
     state.counters["keys"] = kTracks * 4 * kKeys;
     state.counters["rows"] = tool->getTrackForm()->getTrackCount();
     state.counters["frame"] = tool->getCurrentFrame();
     state.counters["timeline_width"] = tool->getTrackForm()->getSequenceForm()->getSize().width;
-    ui->removeWindow(tool);
-    manager->preprocess();
-    manager->postprocess();
-    RenderSystem::getInstance()->executeCommand();
+    closeTool(tool);
     sequence->release();
 }
 BENCHMARK(BM_SequencerToolFrame)->Unit(benchmark::kMillisecond);

@@ -9,7 +9,6 @@
 // recording.
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstdio>
 #include <ctime>
 
@@ -46,18 +45,6 @@ int const kCellWidth = 66;
 int const kCellHeight = 18;
 unsigned int const kWindowWidth = 340;
 unsigned int const kWindowHeight = 240;
-
-typedef std::chrono::steady_clock Clock;
-
-double millisecondsSince(Clock::time_point start)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-double cpuMillisecondsSince(std::clock_t start)
-{
-    return 1000.0 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-}
 
 // "Widget0042": ten characters, the label of widget 42 of its window.
 void label(char* text, int index)
@@ -134,12 +121,12 @@ void BM_UIFrame(benchmark::State& state)
     double update = 0.0, paint = 0.0, cpuUpdate = 0.0, cpuPaint = 0.0;
     for (auto _ : state) {
         manager->preprocess();
-        Clock::time_point start = Clock::now();
+        BenchClock::time_point start = BenchClock::now();
         std::clock_t cpuStart = std::clock();
         ui->update();
         double const updateTime = millisecondsSince(start);
         cpuUpdate += cpuMillisecondsSince(cpuStart);
-        start = Clock::now();
+        start = BenchClock::now();
         cpuStart = std::clock();
         ui->draw();
         double const paintTime = millisecondsSince(start);

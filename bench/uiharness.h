@@ -3,8 +3,8 @@
 // them. Built once per program; deleting the application ends it all.
 #pragma once
 
-#include "app/application.h"
 #include "app/systemmanager.h"
+#include "benchapp.h"
 #include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
 #include "input/hidsystem.h"
@@ -17,13 +17,6 @@
 #include "ui/uisystem.h"
 #include "unit/unitbase.h"
 #include "unit/unitsystem.h"
-
-class BenchApplication : public Application {
-public:
-    explicit BenchApplication(sInitializer const* initializer) : Application(initializer) {}
-    void setup() override {}
-    void update(float) override {}
-};
 
 // withUnits adds the unit system and its heap. Heaps are sized for the
 // largest benchmark.

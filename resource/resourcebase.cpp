@@ -5,6 +5,8 @@
 #include "reflection/property.h"
 #include "resource/resourcesystem.h"
 #include "serial/stream.h"
+#include "serial/xmlreader.h"
+#include "serial/xmlwriter.h"
 
 IMPLEMENT_TYPEINFO(ResourceBase, "ObjectBase", TypeInfo::eAttribute_Abstract);
 
@@ -90,4 +92,25 @@ void ResourceBase::takePathFrom(Stream const& stream)
     if (mPath.empty() && stream.getPath() != nullptr) {
         setPath(AutoString(stream.getPath()));
     }
+}
+
+void ResourceBase::readXml(Stream& stream)
+{
+    {
+        XmlReader reader;
+        reader.parse(&stream);
+        reader.read(this, getTypeInfo()->getName());
+    }
+    takePathFrom(stream);
+}
+
+bool ResourceBase::writeXml(Stream& stream)
+{
+    if (stream.getTextAccessor() == nullptr) {
+        return false;
+    }
+    XmlWriter writer(getTypeInfo()->getName());
+    serialize(&writer, true, 0);
+    writer.write(&stream);
+    return true;
 }

@@ -89,6 +89,12 @@ protected:
     explicit ResourceBase(u16 attribute);
     ~ResourceBase() override {}
 
+    // For the classes kept as the general XML form under their class name.
+    // readXml reads the stream into the object and takes its path; writeXml
+    // answers false for a stream without text access.
+    void readXml(Stream& stream);
+    bool writeXml(Stream& stream);
+
 private:
     u16 mAttribute;
     u16 mFlags;

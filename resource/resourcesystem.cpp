@@ -243,22 +243,30 @@ ResourceBase* ResourceSystem::createResourceInternal(char const* path, TypeInfo 
     return loadNative(instance, path);
 }
 
-ResourceBase* ResourceSystem::loadIntermediate(ResourceBase* resource, char const* path)
+bool ResourceSystem::enterFile(ResourceBase* resource, char const* path, bool intermediate, char* fileName,
+                               u32& hash, ResourceBase*& found)
 {
     char const* extension = getExtensionText(resource);
     char key[kPathMax];
-    char fileName[kPathMax];
-    snprintf(key, sizeof(key), "intermediate/%s.%s", path, extension);
-    snprintf(fileName, sizeof(fileName), "%s%s.%s", getFolder(true), path, extension);
-    u32 const hash = Utils::hash(key);
+    snprintf(key, sizeof(key), "%s/%s.%s", intermediate ? "intermediate" : "native", path, extension);
+    snprintf(fileName, kPathMax, "%s%s.%s", getFolder(intermediate), path, extension);
+    hash = Utils::hash(key);
 
-    if (ResourceBase* found = findResource(hash)) {
+    found = findResource(hash);
+    if (found != nullptr || !enterLoad(hash, fileName)) {
         resource->release();
-        return found;
+        return false;
     }
-    if (!enterLoad(hash, fileName)) {
-        resource->release();
-        return nullptr;
+    return true;
+}
+
+ResourceBase* ResourceSystem::loadIntermediate(ResourceBase* resource, char const* path)
+{
+    char fileName[kPathMax];
+    u32 hash = 0;
+    ResourceBase* found = nullptr;
+    if (!enterFile(resource, path, true, fileName, hash, found)) {
+        return found;
     }
     bool const loaded = resource->checkAttribute(ResourceBase::eAttribute_Binary) ? loadBinary(resource, fileName)
                                                                                   : loadText(resource, fileName);
@@ -274,20 +282,11 @@ ResourceBase* ResourceSystem::loadIntermediate(ResourceBase* resource, char cons
 
 ResourceBase* ResourceSystem::loadNative(ResourceBase* resource, char const* path)
 {
-    char const* extension = getExtensionText(resource);
-    char key[kPathMax];
     char fileName[kPathMax];
-    snprintf(key, sizeof(key), "native/%s.%s", path, extension);
-    snprintf(fileName, sizeof(fileName), "%s%s.%s", getFolder(false), path, extension);
-    u32 const hash = Utils::hash(key);
-
-    if (ResourceBase* found = findResource(hash)) {
-        resource->release();
+    u32 hash = 0;
+    ResourceBase* found = nullptr;
+    if (!enterFile(resource, path, false, fileName, hash, found)) {
         return found;
-    }
-    if (!enterLoad(hash, fileName)) {
-        resource->release();
-        return nullptr;
     }
     bool const loaded = loadBinary(resource, fileName);
     leaveLoad();

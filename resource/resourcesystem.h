@@ -96,6 +96,13 @@ private:
     sLoadData* pop();
     void freeRequest(sLoadData* data);
     ResourceBase* createResourceInternal(char const* path, TypeInfo const* type);
+    // Names the file of path under the intermediate or the native root
+    // (fileName: room for the longest path) and enters its load. False when
+    // resource is not to be loaded, which it then releases: found is the
+    // instance already loaded, or null for a file that refers to itself or
+    // nests too deep.
+    bool enterFile(ResourceBase* resource, char const* path, bool intermediate, char* fileName, u32& hash,
+                   ResourceBase*& found);
     ResourceBase* loadIntermediate(ResourceBase* resource, char const* path);
     ResourceBase* loadNative(ResourceBase* resource, char const* path);
     // Under the lock: the loaded instance of this key with a new reference,

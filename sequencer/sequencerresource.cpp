@@ -16,8 +16,6 @@
 #include "reflection/control.h"
 #include "reflection/property.h"
 #include "serial/stream.h"
-#include "serial/xmlreader.h"
-#include "serial/xmlwriter.h"
 #include "ui/uicontrol.h"
 
 IMPLEMENT_TYPEINFO(SequencerKey, "ObjectBase", TypeInfo::eAttribute_Abstract);
@@ -762,12 +760,7 @@ bool SequencerResourceIntermediate::load(Stream& stream)
     removeAll();
     clearModify();
     clearUpdate();
-    {
-        XmlReader reader;
-        reader.parse(&stream);
-        reader.read(this, getTypeInfo()->getName());
-    }
-    takePathFrom(stream);
+    readXml(stream);
     // Every entry is checked, so that nothing a damaged file left in the
     // lists reaches build.
     for (ObjectList::Iterator t = mTrackList.begin(); t != mTrackList.end();) {
@@ -809,13 +802,7 @@ bool SequencerResourceIntermediate::load(Stream& stream)
 
 bool SequencerResourceIntermediate::save(Stream& stream)
 {
-    if (stream.getTextAccessor() == nullptr) {
-        return false;
-    }
-    XmlWriter writer(getTypeInfo()->getName());
-    serialize(&writer, true, 0);
-    writer.write(&stream);
-    return true;
+    return writeXml(stream);
 }
 
 void SequencerResourceIntermediate::build()

@@ -77,6 +77,17 @@ inline u32 glyphIndex(char character)
 // Longest run of characters in one vertex allocation: 16 KiB of input.
 u32 const kStringRun = DrawContext::kVertexHeapSize / (4 * sizeof(sTexturedVertex));
 
+// The flat and the shaded textured records differ only in their colours.
+template <typename Command>
+void replayTexturedTriangle(ToolSystem const* tools, DrawContext* context, Command const* c, sColor const colors[3])
+{
+    sVector const positions[3] = {c->mPosition[0], c->mPosition[1], c->mPosition[2]};
+    sTexcoord const texels[3] = {c->mTexcoord[0], c->mTexcoord[1], c->mTexcoord[2]};
+    context->setVertexDecl(eVertexDecl_Textured);
+    context->setTexture(c->mpTexture);
+    tools->drawTriangle(context, positions, colors, texels);
+}
+
 } // namespace
 
 // ---------------------------------------------------------------------------
@@ -673,21 +684,13 @@ void ToolSystem::draw(DrawContext* context)
         case eCommand_DrawTexturedTriangleF: {
             sDrawTexturedTriangleFCommand const* c = static_cast<sDrawTexturedTriangleFCommand const*>(header);
             sColor const colors[3] = {c->mColor, c->mColor, c->mColor};
-            sVector const positions[3] = {c->mPosition[0], c->mPosition[1], c->mPosition[2]};
-            sTexcoord const texels[3] = {c->mTexcoord[0], c->mTexcoord[1], c->mTexcoord[2]};
-            context->setVertexDecl(eVertexDecl_Textured);
-            context->setTexture(c->mpTexture);
-            drawTriangle(context, positions, colors, texels);
+            replayTexturedTriangle(this, context, c, colors);
             break;
         }
         case eCommand_DrawTexturedTriangleG: {
             sDrawTexturedTriangleGCommand const* c = static_cast<sDrawTexturedTriangleGCommand const*>(header);
             sColor const colors[3] = {c->mColor[0], c->mColor[1], c->mColor[2]};
-            sVector const positions[3] = {c->mPosition[0], c->mPosition[1], c->mPosition[2]};
-            sTexcoord const texels[3] = {c->mTexcoord[0], c->mTexcoord[1], c->mTexcoord[2]};
-            context->setVertexDecl(eVertexDecl_Textured);
-            context->setTexture(c->mpTexture);
-            drawTriangle(context, positions, colors, texels);
+            replayTexturedTriangle(this, context, c, colors);
             break;
         }
         case eCommand_DrawRectF: {

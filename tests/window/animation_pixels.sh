@@ -4,12 +4,5 @@ HARBOR="$1"
 BUILD="$2"
 source "$(dirname "$0")/lib/xsession.sh"
 start_x_session
-
-program="$BUILD/tests/test_animation"
-[ -x "$program" ] || fail "no test program at $program"
-log="$ARTIFACTS/animation_pixels.log"
-status=0
-"$program" --gtest_color=no --gtest_filter='*.TheWalkSampleShows*' >"$log" 2>&1 || status=$?
-[ "$status" -eq 0 ] || { tail -n 40 "$log" >&2; fail "test_animation exit status $status"; }
-grep -q '^\[       OK \] AnimTest\.TheWalkSampleShows' "$log" || fail "the pixel test did not run (skipped or missing)"
+run_pixel_test "$BUILD" test_animation '*.TheWalkSampleShows*' AnimTest.TheWalkSampleShows
 echo "PASS: the walk animation's frames on screen with one and with all job threads"

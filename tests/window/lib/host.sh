@@ -240,6 +240,18 @@ dialog_enter() {
   wait_for_state "$(text_of "$(front "$1")->mpTextControl->mText")" "\"$2\"" contains
   dialog_click 280 202
 }
+# save_as NAME FILE: the front tool's "File" > "Save as", NAME typed into
+# the "Save" dialog and "Ok"; waits until FILE is written.
+save_as() {
+  main_menu 0 2
+  windows_open 2
+  expect_state "$(text_of "$(front UIFileDialog)->mTitle")" '"Save"' contains
+  dialog_enter UIFileDialog "$1"
+  windows_open 1
+  for _ in $(seq 50); do [ -s "$2" ] && break; sleep 0.1; done
+  [ -s "$2" ] || fail "no file $2"
+  sleep 0.5
+}
 # type_text TEXT: typed as a user would, capitals with Shift. The toolkit's
 # fields take "_" from Shift and the backslash key, as its key map has it.
 type_text() {

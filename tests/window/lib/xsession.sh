@@ -98,3 +98,19 @@ wait_exit() {
 
 ARTIFACTS="${2:-$PWD}/artifacts"
 mkdir -p "$ARTIFACTS"
+
+# run_pixel_test BUILD PROGRAM FILTER TEST: runs the build's test program
+# PROGRAM (as test_unit) with the gtest FILTER under the X session, its
+# output in $ARTIFACTS/<the calling script's name>.log; fails
+# unless it passed and TEST (Suite.Name) ran, so that a pixel test that
+# skipped for want of a display does not pass.
+run_pixel_test() {
+  local program="$1/tests/$2"
+  [ -x "$program" ] || fail "no test program at $program"
+  local log
+  log="$ARTIFACTS/$(basename "$0" .sh).log"
+  local status=0
+  "$program" --gtest_color=no --gtest_filter="$3" >"$log" 2>&1 || status=$?
+  [ "$status" -eq 0 ] || { tail -n 40 "$log" >&2; fail "$2 exit status $status"; }
+  grep -q "^\[       OK \] ${4//./\\.}" "$log" || fail "the pixel test did not run (skipped or missing)"
+}
