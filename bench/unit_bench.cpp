@@ -11,17 +11,13 @@
 // makes no GL calls.
 #include <benchmark/benchmark.h>
 
+#include "benchapp.h"
 #include "machineload.h"
 
 #include <algorithm>
-#include <chrono>
-#include <ctime>
-#include <cstdlib>
 #include <random>
 #include <vector>
 
-#include "app/application.h"
-#include "foundation/autostring.h"
 #include "foundation/memorymanager.h"
 #include "jobs/jobsystem.h"
 #include "platform/platform.h"
@@ -41,20 +37,6 @@ u32 const kLevels = 16;
 // 100,000 quads take some 6.4 MB of command memory, more than the host's
 // 4 MiB: the benchmark's renderer gets 12 MiB, from a System heap of 32 MiB.
 u32 const kCommandBufferSize = 0xC00000;
-
-typedef std::chrono::steady_clock Clock;
-
-double millisecondsSince(Clock::time_point start)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-class BenchApplication : public Application {
-public:
-    explicit BenchApplication(sInitializer const* initializer) : Application(initializer) {}
-    void setup() override {}
-    void update(float) override {}
-};
 
 // Bounces around the world rectangle of GAME0 and draws a small cluster of
 // quads around its position.
@@ -138,15 +120,10 @@ public:
 private:
     Harness()
     {
-        platform::setUnattended(true);
-        char const* display = getenv("DISPLAY");
-        platform::setHeadless(display == nullptr || display[0] == '\0');
         Application::sInitializer initializer = {"Unit benchmark", static_cast<u32>(kWidth), static_cast<u32>(kHeight),
                                                  60, 20, 240};
-        mpApplication = new BenchApplication(&initializer);
+        mpApplication = startBenchApplication(initializer, 0x200000);
         MemoryManager* memory = MemoryManager::getInstance();
-        AutoString::setAllocator(memory->createAllocator(0x200000, "String"));
-        mpApplication->setTempAllocator(memory->createAllocator(0x1000000, "Temp"));
         System::setAllocator(memory->createAllocator(0x2000000, "System"));
         UnitBase::setAllocator(memory->createAllocator(0x1000000, "Unit"));
         mpJobs = JobSystem::create(0x10000, platform::getProcessorNum());
@@ -178,28 +155,28 @@ void BM_UnitFrame(benchmark::State& state)
     double cpu = 0.0;
     double best = 1e9; // the fastest frame's update and draw recording
     for (auto _ : state) {
-        Clock::time_point start = Clock::now();
+        BenchClock::time_point start = BenchClock::now();
         harness.mpRender->preprocess();
         units->preprocess();
         preprocess += millisecondsSince(start);
 
         std::clock_t const cpuStart = std::clock();
-        start = Clock::now();
+        start = BenchClock::now();
         units->update();
         double const updateTime = millisecondsSince(start);
-        start = Clock::now();
+        start = BenchClock::now();
         harness.mpViews->update();
         double const drawTime = millisecondsSince(start);
         update += updateTime;
         draw += drawTime;
         best = std::min(best, updateTime + drawTime);
-        cpu += 1000.0 * static_cast<double>(std::clock() - cpuStart) / CLOCKS_PER_SEC;
+        cpu += cpuMillisecondsSince(cpuStart);
 
         units->postprocess();
-        start = Clock::now();
+        start = BenchClock::now();
         harness.mpRender->postprocess();
         sort += millisecondsSince(start);
-        start = Clock::now();
+        start = BenchClock::now();
         harness.mpRender->executeCommand();
         replay += millisecondsSince(start);
     }
