@@ -47,9 +47,6 @@ TEST_F(AnimTest, TheTexturePathTravelsInTheTypeDependentData)
     EXPECT_TRUE(animation->isModified());
     ASSERT_EQ(animation->getTypeDependentDataSize(), 16u);
     EXPECT_STREQ(reinterpret_cast<char const*>(animation->getTypeDependentData()), "anim/walk_sheet");
-    AnimSequencer sequencer; // takes the texture the data names
-    sequencer.setResource(animation);
-    EXPECT_EQ(sequencer.getTexture(), sheet);
     int const held = sheet->getRefCount();
     animation->setTexture(sheet); // the same texture again keeps one reference
     EXPECT_EQ(sheet->getRefCount(), held);
