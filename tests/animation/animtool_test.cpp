@@ -2,7 +2,7 @@
 // view, picking rectangles on the texture, the context menus and the path of
 // a "Position" lane), driven through their messages over an animation played
 // by a real AnimSequencer with a stand-in host for the tool's selection; and
-// the tool itself, keying a dragged cell.
+// the tool itself, made for an animation, dragging a cell.
 #include <gtest/gtest.h>
 
 #include "animation/animtool.h"
@@ -375,7 +375,9 @@ protected:
     UISystem* mpUI = nullptr;
 };
 
-TEST_F(AnimToolTest, ACellDraggedInTheViewIsKeyedWhereItWasLeft)
+// Keying the dragged cell, playing it and seeing it on screen are driven
+// through the real program by the animation tool window scenario.
+TEST_F(AnimToolTest, AnAnimationOpensInTheAnimToolWhoseDragKeysNothing)
 {
     TextureResource* sheet = load<TextureResource>("anim/walk_sheet");
     AnimResource* animation = makeAnimation(60);
@@ -399,7 +401,7 @@ TEST_F(AnimToolTest, ACellDraggedInTheViewIsKeyedWhereItWasLeft)
     ASSERT_NE(sequencer, nullptr);
     EXPECT_EQ(sequencer->getTexture(), sheet);
 
-    // At frame 10, select the lane, drag the cell by (30, -20) and key it.
+    // At frame 10, select the lane and drag the cell by (30, -20).
     tool->setCurrentFrame(10);
     tool->setSelectLane(animation->findLane("cell", "Position"));
     ASSERT_EQ(tool->getSelectTrack(), animation->findTrack("cell"));
@@ -410,12 +412,4 @@ TEST_F(AnimToolTest, ACellDraggedInTheViewIsKeyedWhereItWasLeft)
     ASSERT_NE(cell, nullptr);
     EXPECT_EQ(cell->getPosition(), sPoint(30, -20));
     EXPECT_EQ(animation->findKey("cell", "Position", 10), nullptr); // the drag keyed nothing
-
-    tool->eventAddKey();
-    SequencerKey* key = animation->findKey("cell", "Position", 10);
-    ASSERT_NE(key, nullptr);
-    sPoint keyed;
-    key->copyParameter(&keyed);
-    EXPECT_EQ(keyed, sPoint(30, -20));
-    EXPECT_EQ(tool->getSelectKey(), key);
 }
