@@ -37,6 +37,16 @@ struct sQuad {
     u32 mBlendMode;
 };
 
+// The particles of a generator's pool that are alive.
+inline u32 aliveCount(AnimGenerator const& generator)
+{
+    u32 count = 0;
+    for (u32 i = 0; i < generator.getMaxParticleNum(); ++i) {
+        count += generator.getParticle(i).isAlive() ? 1 : 0;
+    }
+    return count;
+}
+
 } // namespace animtest
 
 class AnimTest : public testing::Test {

@@ -52,15 +52,6 @@ AnimGenerator* makeGenerator(u32 seed = AnimGenerator::kDefaultSeed)
     return generator;
 }
 
-u32 aliveCount(AnimGenerator const& generator)
-{
-    u32 count = 0;
-    for (u32 i = 0; i < generator.getMaxParticleNum(); ++i) {
-        count += generator.getParticle(i).isAlive() ? 1 : 0;
-    }
-    return count;
-}
-
 std::vector<u8> poolBytes(AnimGenerator const& generator)
 {
     std::vector<u8> bytes(generator.getMaxParticleNum() * sizeof(AnimGenerator::sParticle));
@@ -71,6 +62,8 @@ std::vector<u8> poolBytes(AnimGenerator const& generator)
 }
 
 } // namespace
+
+using animtest::aliveCount;
 
 // Lanes bind to control names and files keep property names.
 TEST(AnimPrimitiveTest, CellCollisionAndGeneratorPublishTheirValuesForLanesAndFiles)

@@ -207,7 +207,8 @@ TEST_F(ApplicationTest, ConstructionMakesTheWindowAndThePathsAndTheWindowReports
 // Buttons 1 to 3 map to bits, others are ignored; the cursor is clamped to the
 // content (1024 by 768) except while dragging; the wheel adds up
 // per axis.
-TEST_F(ApplicationTest, MouseButtonsCursorAndWheel)
+// The wheel's sum is checked with the mouse system, which reads it each frame.
+TEST_F(ApplicationTest, MouseButtonsAndCursor)
 {
     PacedApp& app = launch();
     sendMouse(&app, platform::eEventMouseUp, 50, 50, 2);
@@ -225,9 +226,4 @@ TEST_F(ApplicationTest, MouseButtonsCursorAndWheel)
     EXPECT_EQ(app.getCursorPosition(), sPoint(-60, 1900));
     sendMouse(&app, platform::eEventMouseMoved, -60, 1900);
     EXPECT_EQ(app.getCursorPosition(), sPoint(0, 767));
-
-    sendMouse(&app, platform::eEventMouseWheelMoved, 50, 50, 0, 1, -3);
-    sendMouse(&app, platform::eEventMouseWheelMoved, 50, 50, 0, 1, -3);
-    sendMouse(&app, platform::eEventMouseWheelMoved, 50, 50, 0, 0, 2);
-    EXPECT_EQ(app.getWheelAmount(), sPoint(2, -6));
 }

@@ -76,19 +76,13 @@ TEST(List, GrowthStartsAtSixteenAndAddsSixteenCompacting)
     EXPECT_EQ(contents(list), items({3, 0, 1, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}));
 }
 
-TEST(List, RemoveDuringAWalkLandsOnTheNextNode)
+// Forward removal answering the next node is part of the random test below.
+TEST(List, ReverseRemovalAnswersTheNodeInFront)
 {
     List<int> list;
-    for (int i = 0; i < 5; ++i) {
+    for (int i : {0, 2, 3}) {
         list.addLast(item(i));
     }
-    LinkIterator<int> it = list.remove(list.begin() + 1);
-    EXPECT_EQ(*it, item(2));
-    // The walk's own ++ then skips one, as the system manager expects.
-    ++it;
-    EXPECT_EQ(*it, item(3));
-    EXPECT_TRUE(list.remove(list.begin() + 3) == list.end());
-    // Reverse removal answers the node in front.
     EXPECT_EQ(*list.remove(list.rbegin()), item(2));
     EXPECT_TRUE(list.remove(ReverseLinkIterator<int>(list.begin().getNode())) == list.rend());
     EXPECT_EQ(contents(list), items({2}));
