@@ -564,6 +564,11 @@ namespace {
 
 u32 const kCountMask = 0xFFFFu << sDrawCommand::eShiftCount;
 
+// The replay flushes GL after about this many vertices, so that a driver
+// that draws on the processor (its own threads) starts on what it has while
+// this thread hands it the rest.
+u32 const kFlushVertices = 16384;
+
 // Vertices a primitive uses whole: a batch whose count is a multiple may be
 // followed in the same draw call by the next one.
 u32 const kPrimitiveUnit[4] = {1, 2, 3, 4};
@@ -646,6 +651,7 @@ void RenderSystem::executeCommand()
     std::uintptr_t runOffset = 0;      // where they start in the vertex buffer
     std::uintptr_t streamOffset = 0;   // where the next command's vertices are
     bool runFlat = false;              // every primitive of the run of one colour
+    u32 unflushed = 0;                 // vertices drawn since the last flush
     auto drawRun = [&]() {
         if (gl && run != nullptr) {
             void const* vertices = streamed ? reinterpret_cast<void const*>(runOffset) : run->mpVertices;
@@ -654,6 +660,11 @@ void RenderSystem::executeCommand()
                 glShadeModel(runFlat ? GL_FLAT : GL_SMOOTH);
             }
             drawVertices(run->getPrimitiveType(), runCount, run->isTextured(), vertices);
+            unflushed += runCount;
+            if (unflushed >= kFlushVertices) {
+                glFlush();
+                unflushed = 0;
+            }
         }
         run = nullptr;
     };

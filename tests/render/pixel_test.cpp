@@ -191,6 +191,33 @@ TEST_F(PixelTest, OneColouredAndShadedQuadsInOneDrawKeepTheirColours)
                   {133, 20, kBlue, 4}, {102, 20, sColor(127, 0, 127, 255), 6}});
 }
 
+// A frame longer than the replay hands to GL at once: 4,800 one-pixel quads
+// of one state (a red half and a blue half) reach GL in parts, and a
+// half-transparent green quad at the next level still blends over pixels
+// of the first part as well as of the last.
+TEST_F(PixelTest, ALongFrameHandedOverInPartsBlendsInKeyOrder)
+{
+    REQUIRE_GL();
+    int const columns = 80;
+    int const count = 4800;
+    runFrame([&](DrawContext* context) {
+        windowState(context, 0);
+        for (int i = 0; i < count; ++i) {
+            int const x = 10 + i % columns;
+            int const y = 10 + i / columns;
+            quad(context, sRect(x, y, x + 1, y + 1), i < count / 2 ? kRed : kBlue);
+        }
+        windowState(context, 1);
+        context->setBlendMode(eBlendMode_Alpha);
+        quad(context, sRect(10, 10, 10 + columns, 10 + count / columns), sColor(0, 255, 0, 128));
+    });
+    u8 const kept = static_cast<u8>(255 - 128);
+    expectPixels({{10, 10, sColor(kept, 128, 0, 255)},                                          // first quad
+                  {10 + 4500 % columns, 10 + 4500 / columns, sColor(0, 128, kept, 255)},        // a late one
+                  {10 + (count - 1) % columns, 10 + (count - 1) / columns, sColor(0, 128, kept, 255)},
+                  {10 + columns, 10, kGrey, 1}});
+}
+
 TEST_F(PixelTest, ScissorAndViewportClipTheDrawing)
 {
     REQUIRE_GL();
